@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace Vastel_Connect {
+
+/// A window of the host, which alone knows what it is.
+class Window;
+
+/// The event that hands over a URI: its class, its ID, and the keyword of its direct parameter, as
+/// four-character codes with the first character in the highest byte.
+inline constexpr std::uint32_t kInternetEventClass = 0x4755524C;  // 'GURL'
+inline constexpr std::uint32_t kAEGetURL = 0x4755524C;            // 'GURL'
+inline constexpr std::uint32_t keyDirectObject = 0x2D2D2D2D;      // '----'
+
+/// A get-URL event as the host received it. Its texts are borrowed for the time of one call.
+struct UriEvent {
+  struct Parameter {
+    std::uint32_t keyword = 0;
+    /// Absent when the parameter's value is not a text.
+    std::optional<std::string_view> stringValue;
+  };
+
+  std::optional<Parameter> parameter;
+
+  /// The parameter with this keyword, or null when the event has none.
+  [[nodiscard]] const Parameter* paramDescriptorForKeyword(std::uint32_t keyword) const {
+    return parameter && parameter->keyword == keyword ? &*parameter : nullptr;
+  }
+};
+
+/// The application's one object of its own. A host creates it, drives it through its life on the
+/// main thread, and hands it each URI that arrives.
+class AppDelegate {
+ public:
+  /// Registers the URI event handler. No URI is lost from here on, and none is logged until
+  /// applicationDidFinishLaunching has read the command line.
+  void applicationWillFinishLaunching();
+  void applicationDidFinishLaunching();
+  /// Removes the URI event handler.
+  void applicationWillTerminate();
+
+  /// Takes one URI event; null when the host got no event to go with the call. The sender is not
+  /// answered: the reply event stays with the host, untouched.
+  void UriEventHandlerWithEvent(const UriEvent* event);
+
+  /// Sets the flags from the process's arguments, the first included.
+  void parseCommandLine();
+  /// Reads the command line, prints what it asks for, and ends the application after a text.
+  void handleCommandLine();
+
+  /// Logs `message` with `value` right behind it, as one line for each log flag that is set. Any
+  /// thread. (log/LogMessage.cpp)
+  void logMessage(std::string_view message, std::string_view value = {}) const;
+
+  /// Carries out a whole URI: opens the web page that a screen-pop request names. Each way to fail
+  /// is one log line. (uri/ProcessUri.cpp)
+  void processUri(std::string_view uri) const;
+
+  /// The outlet of the host's main window. The program neither reads nor sets it.
+  std::weak_ptr<Window> window;
+
+  // The switches that were given. Set by parseCommandLine, cleared by nothing.
+  bool FlagChangeLog = false;
+  bool FlagHelp = false;
+  bool FlagLog = false;
+  bool FlagJsonLog = false;
+  bool FlagShowUri = false;
+};
+
+}  // namespace Vastel_Connect

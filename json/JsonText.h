@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "json/Json.h"
+
+namespace Vastel_Connect {
+
+/// How many objects and arrays may stand inside each other, the outermost counted. The figure is
+/// the platform reader's: it takes 512 levels and refuses 513.
+inline constexpr std::size_t kJsonDepthLimit = 512;
+
+/// Parses a whole JSON document (RFC 8259, UTF-8) whose top level is an object or an array. Absent
+/// for anything else, a bare string or number and a too deeply nested document included. Of a
+/// repeated key the last value counts. The result lives in `storage`, which must outlive it.
+[[nodiscard]] std::optional<JsonValue> parseJsonText(std::string_view text,
+                                                     boost::json::storage_ptr storage = {});
+
+/// Writes `json` as one compact line, its members in order. Control characters are escaped, all
+/// other text stays as it is. `json` must hold valid UTF-8.
+[[nodiscard]] std::string writeJsonText(const JSON& json);
+
+}  // namespace Vastel_Connect

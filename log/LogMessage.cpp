@@ -1,0 +1,29 @@
+// The delegate's logging operation.
+#include <string>
+
+#include "app/AppDelegate.h"
+#include "log/JsonLogLine.h"
+#include "platform/Platform.h"
+
+namespace Vastel_Connect {
+namespace {
+
+std::string plainLogLine(std::string_view message) {
+  std::string line = platform::isMainThread() ? "" : ">>>SUB THREAD<<< ";
+  line += "Log ";
+  line += platform::currentDateText("HH:mm:ss");
+  line += "> ";
+  line += message;
+  return line;
+}
+
+}  // namespace
+
+void AppDelegate::logMessage(std::string_view message, std::string_view value) const {
+  if (!FlagLog && !FlagJsonLog) return;
+  const std::string text = std::string(message).append(value);
+  if (FlagLog) platform::printLine(plainLogLine(text));
+  if (FlagJsonLog) platform::printLine(makeJsonLogLine(text));
+}
+
+}  // namespace Vastel_Connect

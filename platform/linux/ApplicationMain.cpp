@@ -1,0 +1,146 @@
+// Drives the delegate through its life in the order that the platform keeps: will-finish, launch
+// links, did-finish, links, will-terminate.
+#include "platform/linux/ApplicationMain.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+
+#include "app/AppDelegate.h"
+#include "platform/linux/BusName.h"
+#include "platform/linux/HandOver.h"
+#include "platform/linux/Host.h"
+#include "platform/linux/LaunchArguments.h"
+#include "platform/linux/Spawn.h"
+
+namespace Vastel_Connect {
+namespace {
+
+/// Losing the race for the name means that somebody is there to take the links, who may end just
+/// then; with this many lost races in a row, something is broken.
+constexpr int kNameRaces = 16;
+
+/// A descriptor that was closed at the start would be given to the bus, and printed into.
+void openMissingStandardStreams() {
+  int descriptor = 0;
+  do {
+    descriptor = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) ::close(descriptor);
+}
+
+/// Whether the bus started this process to take a message. Its variables are not for our children.
+bool takeStartedByBus() {
+  const bool started = std::getenv("DBUS_STARTER_BUS_TYPE") != nullptr;
+  ::unsetenv("DBUS_STARTER_BUS_TYPE");
+  ::unsetenv("DBUS_STARTER_ADDRESS");
+  return started;
+}
+
+/// Whether the process was started by nohup, or as such.
+bool ignoresHangUp() {
+  struct sigaction current {};
+  ::sigaction(SIGHUP, nullptr, &current);
+  return current.sa_handler == SIG_IGN;
+}
+
+/// Makes the event loop, in which the signals that ask a program to end do so in the normal way.
+void makeEventLoop() {
+  sd_event_new(&host().eventLoop);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    if (number == SIGHUP && ignoresHangUp()) continue;
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, number);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    sd_event_add_signal(host().eventLoop, nullptr, number, nullptr, nullptr);
+  }
+}
+
+/// Joins the bus with a request for the name. False when there is no bus.
+bool joinBus(NameRequest request) {
+  if (!connectSessionBus()) return false;
+  if (!requestBusName(request) && request == NameRequest::TakeOver) {
+    complain(std::string(kBusName) + " belongs to another program: links arrive when it ends");
+  }
+  return true;
+}
+
+/// Gives the links of the command line to the application. Absent when this process is to be the
+/// application itself: it has the name then, or there is no bus. Otherwise the exit status.
+std::optional<int> giveLinksAway(const std::vector<std::string>& links,
+                                 const ActivationToken& token) {
+  if (!connectSessionBus()) return std::nullopt;
+  for (int race = 0; race < kNameRaces; ++race) {
+    switch (handOverLinks(links, token)) {
+      case HandOver::Done:
+        return EXIT_SUCCESS;
+      case HandOver::Refused:
+        return EXIT_FAILURE;
+      case HandOver::NoBus:
+        leaveBus();
+        return std::nullopt;
+      case HandOver::NobodyThere:
+        if (requestBusName(NameRequest::IfFree)) return std::nullopt;
+    }
+  }
+  complain("the link was not taken: " + std::string(kBusName) + " changes hands all the time");
+  return EXIT_FAILURE;
+}
+
+/// Delivers links until something asks the application to end. The result is the exit status.
+int waitForLinks() {
+  sd_bus_set_exit_on_disconnect(host().bus, 1);
+  sd_bus_attach_event(host().bus, host().eventLoop, SD_EVENT_PRIORITY_NORMAL);
+  const int status = sd_event_loop(host().eventLoop);
+  sd_bus_detach_event(host().bus);
+  if (status != EXIT_SUCCESS) complain("the session bus is gone");
+  return status == EXIT_SUCCESS ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+/// The application's life. `token` belongs to `links`.
+int runApplication(const std::vector<std::string>& links, const ActivationToken& token,
+                   bool startedByBus) {
+  makeEventLoop();
+  AppDelegate delegate;
+  delegate.applicationWillFinishLaunching();
+  for (const std::string& link : links) deliverUri(link, token);
+  if (startedByBus && joinBus(NameRequest::Queue)) receiveLaunchLinks();
+  delegate.applicationDidFinishLaunching();
+
+  int status = EXIT_SUCCESS;
+  if (!host().terminating) {
+    if (host().bus != nullptr || joinBus(NameRequest::TakeOver)) {
+      status = waitForLinks();
+    } else {
+      complain("no session bus, so no link can arrive");
+      status = EXIT_FAILURE;
+    }
+  }
+  leaveBus();
+  delegate.applicationWillTerminate();
+  return status;
+}
+
+}  // namespace
+
+int applicationMain(int argc, char** argv) {
+  openMissingStandardStreams();
+  ::signal(SIGPIPE, SIG_IGN);
+  letKernelReapChildren();
+  const LaunchArguments arguments = readLaunchArguments(argc, argv);
+  host().arguments = arguments.all;
+  const ActivationToken token = takeActivationTokenFromEnvironment();
+  const bool startedByBus = takeStartedByBus();
+
+  if (arguments.startedWithLink) {
+    if (arguments.links.empty()) return EXIT_FAILURE;
+    if (const auto status = giveLinksAway(arguments.links, token)) return *status;
+  }
+  return runApplication(arguments.links, token, startedByBus);
+}
+
+}  // namespace Vastel_Connect

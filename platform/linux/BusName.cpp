@@ -1,0 +1,145 @@
+// The application on the session bus: its connection, its object, and its name.
+#include "platform/linux/BusName.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "platform/linux/Host.h"
+
+namespace Vastel_Connect {
+namespace {
+
+constexpr std::uint64_t kLaunchLinkWaitMicroseconds = 1'000'000;
+
+/// Calls that reached the application's object so far.
+int callsReceived = 0;
+
+/// Answers a call before it is carried out: a link that stops the program is no error for whoever
+/// followed it, and is never sent a second time.
+int replyAtOnce(sd_bus_message* call) {
+  ++callsReceived;
+  const int result = sd_bus_reply_method_return(call, nullptr);
+  if (result < 0) return result;
+  return sd_bus_flush(sd_bus_message_get_bus(call));
+}
+
+/// Reads the two known texts of a vardict, and skips all others. The result is negative when the
+/// message ends too soon.
+int readPlatformData(sd_bus_message* call, ActivationToken& token) {
+  int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "{sv}");
+  if (result < 0) return result;
+  while ((result = sd_bus_message_enter_container(call, SD_BUS_TYPE_DICT_ENTRY, "sv")) > 0) {
+    const char* key = nullptr;
+    if ((result = sd_bus_message_read(call, "s", &key)) < 0) return result;
+    auto* text = std::strcmp(key, "activation-token") == 0     ? &token.activationToken
+                 : std::strcmp(key, "desktop-startup-id") == 0 ? &token.startupId
+                                                               : nullptr;
+    const char* contents = nullptr;
+    if ((result = sd_bus_message_peek_type(call, nullptr, &contents)) < 0) return result;
+    if (text != nullptr && std::strcmp(contents, "s") == 0) {
+      const char* value = nullptr;
+      if ((result = sd_bus_message_read(call, "v", "s", &value)) < 0) return result;
+      *text = tokenText(value);
+    } else if ((result = sd_bus_message_skip(call, "v")) < 0) {
+      return result;
+    }
+    if ((result = sd_bus_message_exit_container(call)) < 0) return result;
+  }
+  return result;
+}
+
+/// Open(as uris, a{sv} platform_data), and Open(as uris) as some openers send it.
+int onOpen(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
+  std::vector<std::string> uris;
+  int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "s");
+  if (result < 0) return result;
+  const char* uri = nullptr;
+  while ((result = sd_bus_message_read(call, "s", &uri)) > 0) uris.emplace_back(uri);
+  if (result < 0 || (result = sd_bus_message_exit_container(call)) < 0) return result;
+  ActivationToken token;
+  if (sd_bus_message_at_end(call, true) == 0) {
+    if ((result = readPlatformData(call, token)) < 0) return result;
+  }
+  if ((result = replyAtOnce(call)) < 0) return result;
+  for (const std::string& each : uris) deliverUri(each, token);
+  return 1;
+}
+
+/// The application has no window to raise and no action: it is running, which is all they ask for.
+int onActivate(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
+  const int result = replyAtOnce(call);
+  return result < 0 ? result : 1;
+}
+
+/// Takes the form of Open that the table below cannot hold beside the other.
+int onAnyCall(sd_bus_message* call, void* userdata, sd_bus_error* error) {
+  const bool isShortOpen = sd_bus_message_is_method_call(call, kApplicationInterface, "Open") > 0 &&
+                           sd_bus_message_has_signature(call, "as") > 0;
+  return isShortOpen ? onOpen(call, userdata, error) : 0;
+}
+
+const sd_bus_vtable kApplicationTable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("a{sv}", platform_data), SD_BUS_NO_RESULT,
+                            onActivate, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_ARGS("Open", SD_BUS_ARGS("as", uris, "a{sv}", platform_data),
+                            SD_BUS_NO_RESULT, onOpen, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_ARGS("ActivateAction",
+                            SD_BUS_ARGS("s", action_name, "av", parameter, "a{sv}", platform_data),
+                            SD_BUS_NO_RESULT, onActivate, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END,
+};
+
+std::uint64_t requestFlags(NameRequest request) {
+  switch (request) {
+    case NameRequest::TakeOver:
+      return SD_BUS_NAME_ALLOW_REPLACEMENT | SD_BUS_NAME_REPLACE_EXISTING | SD_BUS_NAME_QUEUE;
+    case NameRequest::Queue:
+      return SD_BUS_NAME_ALLOW_REPLACEMENT | SD_BUS_NAME_QUEUE;
+    case NameRequest::IfFree:
+      break;
+  }
+  return SD_BUS_NAME_ALLOW_REPLACEMENT;
+}
+
+}  // namespace
+
+bool connectSessionBus() {
+  sd_bus*& bus = host().bus;
+  const bool connected = sd_bus_open_user(&bus) >= 0 &&
+                         sd_bus_add_object(bus, nullptr, kObjectPath, onAnyCall, nullptr) >= 0 &&
+                         sd_bus_add_object_vtable(bus, nullptr, kObjectPath, kApplicationInterface,
+                                                  kApplicationTable, nullptr) >= 0;
+  if (!connected) bus = sd_bus_unref(bus);
+  return connected;
+}
+
+bool requestBusName(NameRequest request) {
+  const int result = sd_bus_request_name(host().bus, kBusName, requestFlags(request));
+  if (result > 0 && request == NameRequest::IfFree) {
+    // Ours now. Asked for once more so that whoever takes it over leaves us in line for it.
+    sd_bus_request_name(host().bus, kBusName, requestFlags(NameRequest::Queue));
+  }
+  return result > 0;
+}
+
+void receiveLaunchLinks() {
+  while (true) {
+    const int processed = sd_bus_process(host().bus, nullptr);
+    if (processed < 0) return;
+    if (processed > 0) continue;
+    if (callsReceived > 0) return;
+    if (sd_bus_wait(host().bus, kLaunchLinkWaitMicroseconds) <= 0) return;
+  }
+}
+
+void leaveBus() {
+  sd_bus*& bus = host().bus;
+  if (bus == nullptr) return;
+  sd_bus_release_name(bus, kBusName);
+  while (sd_bus_process(bus, nullptr) > 0) {
+  }
+  bus = sd_bus_flush_close_unref(bus);
+}
+
+}  // namespace Vastel_Connect

@@ -1,0 +1,30 @@
+#pragma once
+
+namespace Vastel_Connect {
+
+/// How a process asks for the application's name.
+enum class NameRequest {
+  /// Takes the name from an older instance, which has it again when this one ends.
+  TakeOver,
+  /// Waits in line behind an instance that has the name already.
+  Queue,
+  /// Gives up when somebody has it.
+  IfFree,
+};
+
+/// Connects to the session bus, exports org.freedesktop.Application there, and keeps the connection
+/// in the host's state. False when there is no session bus.
+[[nodiscard]] bool connectSessionBus();
+
+/// Whether the name is this process's now. It may also become so later, but for IfFree.
+[[nodiscard]] bool requestBusName(NameRequest request);
+
+/// Delivers the links for which the bus has just started this process, and waits for the first one
+/// no longer than a second.
+void receiveLaunchLinks();
+
+/// Gives the name back, delivers the links that had already arrived, and closes the connection, if
+/// there is one.
+void leaveBus();
+
+}  // namespace Vastel_Connect

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/AppDelegate.h"
+#include "platform/linux/ActivationToken.h"
+
+namespace Vastel_Connect {
+
+inline constexpr const char* kBusName = "com.vastel.Connect";
+inline constexpr const char* kObjectPath = "/com/vastel/Connect";
+inline constexpr const char* kApplicationInterface = "org.freedesktop.Application";
+
+/// The process-wide state behind the functions of Platform.h. Main thread only.
+struct Host {
+  /// Those that are valid UTF-8, the program's own path first.
+  std::vector<std::string> arguments;
+  /// Null before the handler is set and after it is removed.
+  AppDelegate* uriEventHandler = nullptr;
+  /// The token of the link that is being handled.
+  ActivationToken token;
+  /// Null without a session bus.
+  sd_bus* bus = nullptr;
+  /// Null before the application's event loop is made.
+  sd_event* eventLoop = nullptr;
+  bool terminating = false;
+};
+
+[[nodiscard]] Host& host();
+
+/// Hands one URI to the handler as an event, and lends `token` to the page that it opens.
+void deliverUri(std::string_view uri, const ActivationToken& token);
+
+/// Writes one line of the host's own to standard error.
+void complain(std::string_view text);
+
+}  // namespace Vastel_Connect

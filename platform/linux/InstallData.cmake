@@ -1,0 +1,29 @@
+# Runs at installation, when the prefix is known for certain. The commands in these files are
+# absolute paths: GIO passes over an entry whose program it does not find in PATH.
+
+set(program_path "${CMAKE_INSTALL_PREFIX}/${program_folder}/vastel-connect")
+if(program_path MATCHES "[^A-Za-z0-9+,./:=@_-]")
+  # Generic xdg-open cannot run a quoted path.
+  message(FATAL_ERROR "The prefix must do without blanks and signs: ${CMAKE_INSTALL_PREFIX}")
+endif()
+
+function(install_configured template folder name)
+  set(file "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${folder}/${name}")
+  message(STATUS "Installing: ${file}")
+  configure_file("${packaging_folder}/${template}" "${file}" @ONLY)
+  list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_PREFIX}/${folder}/${name}")
+  set(CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_MANIFEST_FILES}" PARENT_SCOPE)
+endfunction()
+
+install_configured(com.vastel.Connect.desktop.in ${data_folder}/applications
+  com.vastel.Connect.desktop)
+install_configured(com.vastel.Connect.service.in ${data_folder}/dbus-1/services
+  com.vastel.Connect.service)
+install_configured(vastel-connect.service.in lib/systemd/user vastel-connect.service)
+
+# The index of schemes that openers read. A package leaves this to the system's own trigger.
+find_program(UPDATE_DESKTOP_DATABASE update-desktop-database)
+if("$ENV{DESTDIR}" STREQUAL "" AND UPDATE_DESKTOP_DATABASE)
+  execute_process(COMMAND ${UPDATE_DESKTOP_DATABASE}
+    "${CMAKE_INSTALL_PREFIX}/${data_folder}/applications")
+endif()

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vastel_Connect {
+
+/// The length of the RFC 3986 scheme that `text` begins with, not counting its ":"; 0 without one.
+[[nodiscard]] std::size_t schemeLength(std::string_view text);
+
+/// What the process was started with, sorted out.
+struct LaunchArguments {
+  /// Every argument that is valid UTF-8, the program's own path first.
+  std::vector<std::string> all;
+  /// Those of them, the first excepted, that begin with a scheme and ":".
+  std::vector<std::string> links;
+  /// Whether the process was started to follow a link, be it one that had to be refused.
+  bool startedWithLink = false;
+};
+
+/// Refuses each argument that is not valid UTF-8 with a line on standard error.
+[[nodiscard]] LaunchArguments readLaunchArguments(int argc, char** argv);
+
+}  // namespace Vastel_Connect

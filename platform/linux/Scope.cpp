@@ -1,0 +1,52 @@
+#include "platform/linux/Scope.h"
+
+#include <cstdint>
+#include <cstdio>
+
+#include "platform/linux/Host.h"
+
+namespace Vastel_Connect {
+namespace {
+
+std::string escapeForUnitName(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                       c == '_' || c == '.' || c == ':';
+    if (plain) {
+      escaped += c;
+    } else {
+      char code[5];
+      std::snprintf(code, sizeof code, "\\x%02x",
+                    static_cast<unsigned>(static_cast<unsigned char>(c)));
+      escaped += code;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace
+
+std::string scopeName(pid_t child, const std::string& application) {
+  return "app-vastel\\x2dconnect-" + escapeForUnitName(application) + "-" + std::to_string(child) +
+         ".scope";
+}
+
+void startScope(pid_t child, const std::string& application) {
+  if (host().bus == nullptr) return;
+  sd_bus_message* call = nullptr;
+  if (sd_bus_message_new_method_call(
+          host().bus, &call, "org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+          "org.freedesktop.systemd1.Manager", "StartTransientUnit") < 0) {
+    return;
+  }
+  sd_bus_message_set_auto_start(call, 0);
+  sd_bus_message_set_expect_reply(call, 0);
+  sd_bus_message_append(call, "ssa(sv)a(sa(sv))", scopeName(child, application).c_str(), "fail", 3,
+                        "PIDs", "au", 1, static_cast<std::uint32_t>(child), "Slice", "s",
+                        "app.slice", "CollectMode", "s", "inactive-or-failed", 0);
+  sd_bus_send(host().bus, call, nullptr);
+  sd_bus_message_unref(call);
+}
+
+}  // namespace Vastel_Connect

@@ -1,0 +1,89 @@
+#include "platform/linux/Spawn.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <unistd.h>
+
+namespace Vastel_Connect {
+namespace {
+
+std::vector<char*> pointers(const std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  for (const std::string& text : texts) result.push_back(const_cast<char*>(text.c_str()));
+  return result;
+}
+
+std::vector<std::string> tokenVariables(const ActivationToken& token) {
+  std::vector<std::string> variables;
+  if (token.activationToken) variables.push_back("XDG_ACTIVATION_TOKEN=" + *token.activationToken);
+  if (token.startupId) variables.push_back("DESKTOP_STARTUP_ID=" + *token.startupId);
+  return variables;
+}
+
+/// The attributes and file actions of a program that lives on by itself.
+class Detached {
+ public:
+  Detached() {
+    sigset_t none;
+    sigemptyset(&none);
+    sigset_t ignoredByUs;
+    sigemptyset(&ignoredByUs);
+    sigaddset(&ignoredByUs, SIGPIPE);
+    posix_spawnattr_init(&attributes_);
+    posix_spawnattr_setsigmask(&attributes_, &none);
+    posix_spawnattr_setsigdefault(&attributes_, &ignoredByUs);
+    posix_spawnattr_setflags(&attributes_,
+                             POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
+    posix_spawn_file_actions_init(&actions_);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", O_RDWR, 0);
+    }
+    posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+  }
+  ~Detached() {
+    posix_spawn_file_actions_destroy(&actions_);
+    posix_spawnattr_destroy(&attributes_);
+  }
+  Detached(const Detached&) = delete;
+  Detached& operator=(const Detached&) = delete;
+
+  [[nodiscard]] const posix_spawnattr_t* attributes() const { return &attributes_; }
+  [[nodiscard]] const posix_spawn_file_actions_t* actions() const { return &actions_; }
+
+ private:
+  posix_spawnattr_t attributes_;
+  posix_spawn_file_actions_t actions_;
+};
+
+}  // namespace
+
+std::optional<pid_t> spawnProgram(const std::string& program,
+                                  const std::vector<std::string>& arguments,
+                                  const ActivationToken& token) {
+  std::vector<char*> argv = pointers(arguments);
+  argv.push_back(nullptr);
+  const std::vector<std::string> variables = tokenVariables(token);
+  std::vector<char*> environment = pointers(variables);
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    environment.push_back(*variable);
+  }
+  environment.push_back(nullptr);
+
+  const Detached detached;
+  pid_t child = 0;
+  const int error = ::posix_spawn(&child, program.c_str(), detached.actions(),
+                                  detached.attributes(), argv.data(), environment.data());
+  if (error != 0) return std::nullopt;
+  return child;
+}
+
+void letKernelReapChildren() {
+  struct sigaction action {};
+  action.sa_handler = SIG_DFL;
+  // Unlike an ignored SIGCHLD, this is not inherited by the children.
+  action.sa_flags = SA_NOCLDWAIT;
+  ::sigaction(SIGCHLD, &action, nullptr);
+}
+
+}  // namespace Vastel_Connect

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/ActivationToken.h"
+
+namespace Vastel_Connect {
+
+/// Starts a program that lives on by itself: in a session of its own, with /dev/null for standard
+/// streams, no other descriptor of ours, no signal blocked or ignored by us, and `token` in its
+/// environment. Absent when it could not be started. The kernel reaps it.
+[[nodiscard]] std::optional<pid_t> spawnProgram(const std::string& program,
+                                                const std::vector<std::string>& arguments,
+                                                const ActivationToken& token);
+
+/// Lets the kernel reap children, so that none becomes a zombie and none wakes us.
+void letKernelReapChildren();
+
+}  // namespace Vastel_Connect

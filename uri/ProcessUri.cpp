@@ -1,0 +1,46 @@
+// The road of one URI, from its text to the opened page.
+#include <algorithm>
+#include <string>
+
+#include "api/ScreenPopApi.h"
+#include "app/AppDelegate.h"
+#include "platform/Platform.h"
+#include "uri/UriPreProcessor.h"
+#include "uri/UrlText.h"
+
+namespace Vastel_Connect {
+namespace {
+
+/// Lower-cases ASCII only, which decides as a full Unicode mapping does: outside ASCII, only U+212A
+/// and U+0130 map to letters of ASCII, and neither "k" nor "i" stands in "screenpop".
+bool isScreenPop(std::string uriProtocol) {
+  std::transform(uriProtocol.begin(), uriProtocol.end(), uriProtocol.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return uriProtocol == "screenpop";
+}
+
+}  // namespace
+
+void AppDelegate::processUri(std::string_view uri) const {
+  logMessage("process uri: ", uri);
+  struct_UriPreProcessor preProcessor;
+  preProcessor.parseUri(uri);
+  preProcessor.decodeCommand();
+
+  // Two spellings, on purpose: a small "i" means that there was no protocol at all.
+  if (!preProcessor.UriProtocol) return logMessage("invalid protocol");
+  if (!isScreenPop(*preProcessor.UriProtocol)) return logMessage("Invalid protocol");
+
+  logMessage("process screenpop");
+  if (!preProcessor.DecodedCommand) return logMessage("Could not decode");
+
+  const auto request = struct_PartialScreenPopApi::fromJsonText(*preProcessor.DecodedCommand);
+  // The page is opened whatever ScriptType says, on purpose; no other member causes an action.
+  if (!request.WebPage) return logMessage("no webpage to open");
+
+  logMessage("webpage: ", *request.WebPage);
+  if (formsUrl(*request.WebPage)) platform::openUrl(*request.WebPage);
+}
+
+}  // namespace Vastel_Connect

@@ -1,0 +1,27 @@
+#include "uri/UriPreProcessor.h"
+
+#include <utf8.h>
+
+#include <utility>
+
+#include "uri/Base64.h"
+
+namespace Vastel_Connect {
+
+void struct_UriPreProcessor::parseUri(std::string_view uri) {
+  const auto colon = uri.find(':');
+  if (colon == uri.npos) return;
+  UriProtocol = uri.substr(0, colon);
+  uri.remove_prefix(colon);
+  // One separator only: whatever ":" and "/" follow it belong to the command.
+  uri.remove_prefix(uri.starts_with("://") ? 3 : 1);
+  RawCommand = uri;
+}
+
+void struct_UriPreProcessor::decodeCommand() {
+  if (!RawCommand || RawCommand->empty()) return;
+  auto bytes = decodeBase64(*RawCommand);
+  if (bytes && utf8::is_valid(bytes->begin(), bytes->end())) DecodedCommand = std::move(bytes);
+}
+
+}  // namespace Vastel_Connect
