@@ -1,0 +1,118 @@
+// Tests the lifecycle of app/AppDelegate.h and its URI event callback.
+#include "app/AppDelegate.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <type_traits>
+
+#include "tests/platform/RecordingHost.h"
+
+namespace Vastel_Connect {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+using testing::SizeIs;
+
+class Delegate : public WithRecordingHost<testing::Test> {
+ protected:
+  AppDelegate delegate;
+};
+
+static_assert(!std::is_polymorphic_v<AppDelegate>);
+
+constexpr const char* kSetHandler = "set handler 0x4755524C 0x4755524C";
+constexpr const char* kRemoveHandler = "remove handler 0x4755524C 0x4755524C";
+
+TEST_F(Delegate, StartsWithoutWindowAndFlags) {
+  EXPECT_TRUE(delegate.window.expired());
+  EXPECT_FALSE(delegate.FlagChangeLog || delegate.FlagHelp || delegate.FlagLog ||
+               delegate.FlagJsonLog || delegate.FlagShowUri);
+  EXPECT_THAT(host.events(), testing::IsEmpty());
+}
+
+TEST_F(Delegate, DoesNotOwnItsWindow) {
+  auto window = std::make_shared<int>();
+  delegate.window = std::reinterpret_pointer_cast<Window>(window);
+  EXPECT_FALSE(delegate.window.expired());
+  window.reset();
+  EXPECT_TRUE(delegate.window.expired());
+}
+
+TEST_F(Delegate, RegistersTheHandlerBeforeItReadsTheCommandLine) {
+  host.arguments = {"vastel-connect", "-log"};
+  delegate.applicationWillFinishLaunching();
+  EXPECT_THAT(host.events(), ElementsAre(kSetHandler));
+  EXPECT_EQ(host.handler, &delegate);
+  EXPECT_FALSE(delegate.FlagLog);
+}
+
+TEST_F(Delegate, WritesNoLogLineForTheUriThatLaunchedIt) {
+  host.arguments = {"vastel-connect", "-log", "-jsonlog"};
+  delegate.applicationWillFinishLaunching();
+  const UriEvent event{.parameter = {{keyDirectObject, "screenpop"}}};
+  delegate.UriEventHandlerWithEvent(&event);
+  EXPECT_THAT(host.events(), ElementsAre(kSetHandler));
+}
+
+TEST_F(Delegate, RemovesTheHandlerAtEveryTermination) {
+  delegate.applicationWillFinishLaunching();
+  delegate.applicationDidFinishLaunching();
+  delegate.applicationWillTerminate();
+  EXPECT_EQ(host.events().front(), kSetHandler);
+  EXPECT_EQ(host.events().back(), kRemoveHandler);
+  EXPECT_EQ(host.handler, nullptr);
+}
+
+TEST_F(Delegate, RemovesTheHandlerWhenAPrintingSwitchEndedIt) {
+  host.arguments = {"vastel-connect", "-help"};
+  delegate.applicationWillFinishLaunching();
+  delegate.applicationDidFinishLaunching();
+  EXPECT_EQ(host.events().back(), "terminate");
+  delegate.applicationWillTerminate();
+  EXPECT_EQ(host.events().back(), kRemoveHandler);
+}
+
+class UriEventCallback : public Delegate {
+ protected:
+  UriEventCallback() { delegate.FlagLog = true; }
+};
+
+TEST_F(UriEventCallback, HandsTheTextToProcessUri) {
+  const UriEvent event{.parameter = {{keyDirectObject, "a text "}}};
+  delegate.UriEventHandlerWithEvent(&event);
+  EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> new uri event",
+                                         "print: Log 14:07:09> process uri: a text ",
+                                         "print: Log 14:07:09> invalid protocol"));
+}
+
+TEST_F(UriEventCallback, HandsOnAnEmptyText) {
+  const UriEvent event{.parameter = {{keyDirectObject, ""}}};
+  delegate.UriEventHandlerWithEvent(&event);
+  EXPECT_THAT(host.events(), SizeIs(3));
+  EXPECT_THAT(host.events(), Not(Contains("print: Log 14:07:09> no event data")));
+}
+
+TEST_F(UriEventCallback, LogsNoEventDataWithoutAUsableText) {
+  const UriEvent noParameter;
+  const UriEvent otherParameter{.parameter = {{0x2D2D2D2E, "screenpop:e30="}}};
+  const UriEvent noText{.parameter = {{keyDirectObject, std::nullopt}}};
+  const UriEvent* const events[] = {nullptr, &noParameter, &otherParameter, &noText};
+  for (const UriEvent* event : events) {
+    host.reset();
+    delegate.UriEventHandlerWithEvent(event);
+    EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> new uri event",
+                                           "print: Log 14:07:09> no event data"));
+  }
+}
+
+TEST_F(UriEventCallback, KnowsTheCodesOfTheEvent) {
+  EXPECT_EQ(kInternetEventClass, 0x4755524CU);
+  EXPECT_EQ(kAEGetURL, 0x4755524CU);
+  EXPECT_EQ(keyDirectObject, 0x2D2D2D2DU);
+}
+
+}  // namespace
+}  // namespace Vastel_Connect

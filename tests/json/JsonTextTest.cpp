@@ -1,0 +1,96 @@
+// Tests json/JsonText.h.
+#include "json/JsonText.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/platform/Data.h"
+
+namespace Vastel_Connect {
+namespace {
+
+std::string nested(std::size_t depth) {
+  return std::string(depth, '[') + std::string(depth, ']');
+}
+
+TEST(ParseJsonText, TakesObjectsAndArraysOnly) {
+  const struct {
+    const char* text;
+    bool taken;
+  } rows[] = {
+      {"{}", true},     {"[]", true}, {" \t\r\n{\"a\":1} \t\r\n", true},
+      {"\"x\"", false}, {"5", false}, {"true", false},
+      {"null", false},
+  };
+  for (const auto& [text, taken] : rows) {
+    EXPECT_EQ(parseJsonText(text).has_value(), taken) << text;
+  }
+}
+
+TEST(ParseJsonText, RefusesWhatIsNotJson) {
+  const std::string_view rows[] = {
+      "",
+      " ",
+      "{",
+      "[1,2",
+      "{} x",
+      "{}{}",
+      "{'a':1}",
+      "{a:1}",
+      "{\"a\":1,}",
+      "[1,]",
+      "{\"a\":01}",
+      "{\"a\":+1}",
+      "{\"a\":NaN}",
+      "{\"a\":1} // note",
+      "{\"a\":\"\n\"}",
+      "{\"a\":\"\\x\"}",
+      "{\"a\":\"\\ud800\"}",
+      "{\"a\":\"\xFF\"}",
+      "\xEF\xBB\xBF{}",
+      std::string_view("{}\0", 3),
+  };
+  for (const std::string_view text : rows) {
+    EXPECT_FALSE(parseJsonText(text)) << text;
+  }
+}
+
+TEST(ParseJsonText, TakesTheLastOfRepeatedKeys) {
+  const auto document = parseJsonText(R"({"a":1,"a":2})");
+  ASSERT_TRUE(document);
+  EXPECT_EQ(document->at("a"), 2);
+}
+
+TEST(ParseJsonText, TakesAsManyLevelsAsThePlatform) {
+  EXPECT_TRUE(parseJsonText(nested(kJsonDepthLimit)));
+  EXPECT_FALSE(parseJsonText(nested(kJsonDepthLimit + 1)));
+}
+
+TEST(ParseJsonText, RefusesEndlessLevelsWithoutACrash) {
+  EXPECT_FALSE(parseJsonText(nested(100'000)));
+  EXPECT_FALSE(parseJsonText(std::string(1'000'000, '[')));
+  std::string objects;
+  for (int i = 0; i < 100'000; ++i) objects += "{\"a\":";
+  EXPECT_FALSE(parseJsonText(objects));
+}
+
+TEST(WriteJsonText, EscapesAsThePlatformDoes) {
+  for (const auto& row : readTable("json_string_escape.tsv")) {
+    SCOPED_TRACE(row[0]);
+    std::string expected = row[1];
+    // Either form of the solidus is JSON; this writer leaves it alone.
+    if (const auto solidus = expected.find("\\/"); solidus != expected.npos) {
+      expected.erase(solidus, 1);
+    }
+    EXPECT_EQ(writeJsonText({{"k", jsonString(row[0])}}), "{\"k\":\"" + expected + "\"}");
+  }
+}
+
+TEST(WriteJsonText, KeepsTheOrderOfMembers) {
+  EXPECT_EQ(writeJsonText({{"z", 1}, {"a", nullptr}, {"m", {1, 2}}}),
+            R"({"z":1,"a":null,"m":[1,2]})");
+}
+
+}  // namespace
+}  // namespace Vastel_Connect

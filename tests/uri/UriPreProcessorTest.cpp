@@ -1,0 +1,135 @@
+// Tests uri/UriPreProcessor.h.
+#include "uri/UriPreProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/platform/Data.h"
+
+namespace Vastel_Connect {
+namespace {
+
+std::string render(const std::optional<std::string>& text) {
+  return text ? "\"" + *text + "\"" : "-";
+}
+
+/// The members after parseUri and decodeCommand, as one text.
+std::string preProcess(std::string_view uri) {
+  struct_UriPreProcessor preProcessor;
+  preProcessor.parseUri(uri);
+  preProcessor.decodeCommand();
+  return render(preProcessor.UriProtocol) + " " + render(preProcessor.RawCommand) + " " +
+         render(preProcessor.DecodedCommand);
+}
+
+std::optional<std::string> decodeCommand(std::optional<std::string> rawCommand) {
+  struct_UriPreProcessor preProcessor{.RawCommand = std::move(rawCommand)};
+  preProcessor.decodeCommand();
+  return preProcessor.DecodedCommand;
+}
+
+/// Base64 of a few bytes, for the tests only.
+std::string base64(std::string_view bytes) {
+  constexpr std::string_view kAlphabet =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string bits;
+  for (const char c : bytes) {
+    for (int bit = 7; bit >= 0; --bit) bits += ((c >> bit) & 1) != 0 ? '1' : '0';
+  }
+  while (bits.size() % 6 != 0) bits += '0';
+  std::string text;
+  for (std::size_t i = 0; i < bits.size(); i += 6) {
+    text += kAlphabet[std::stoul(bits.substr(i, 6), nullptr, 2)];
+  }
+  while (text.size() % 4 != 0) text += '=';
+  return text;
+}
+
+TEST(UriPreProcessor, StartsWithAllMembersAbsent) {
+  const struct_UriPreProcessor preProcessor;
+  EXPECT_FALSE(preProcessor.UriProtocol || preProcessor.RawCommand || preProcessor.DecodedCommand);
+}
+
+TEST(ParseUri, SplitsAtTheFirstColon) {
+  const struct {
+    const char* uri;
+    const char* members;
+  } rows[] = {
+      {"screenpop://eyJhIjoxfQ==", R"("screenpop" "eyJhIjoxfQ==" "{"a":1}")"},
+      {"screenpop:eyJhIjoxfQ==", R"("screenpop" "eyJhIjoxfQ==" "{"a":1}")"},
+      {"screenpop:///x", R"("screenpop" "/x" -)"},
+      {"screenpop:////eyJhIjoxfQ==", R"("screenpop" "//eyJhIjoxfQ==" -)"},
+      {"screenpop:/x", R"("screenpop" "/x" -)"},
+      {"screenpop:::x", R"("screenpop" "::x" -)"},
+      {"screenpop://://x", R"("screenpop" "://x" -)"},
+      {"screenpop://a:b", R"("screenpop" "a:b" -)"},
+      {"a:b:c", R"("a" "b:c" -)"},
+      {":abc", R"("" "abc" -)"},
+      {"://", R"("" "" -)"},
+      {" screenpop :x ", R"(" screenpop " "x " -)"},
+      {"mailto:x@y.example?a=%3D#b", R"("mailto" "x@y.example?a=%3D#b" -)"},
+  };
+  for (const auto& [uri, members] : rows) {
+    EXPECT_EQ(preProcess(uri), members) << uri;
+  }
+}
+
+TEST(ParseUri, LeavesAllMembersAbsentWithoutAColon) {
+  EXPECT_EQ(preProcess("screenpop"), "- - -");
+  EXPECT_EQ(preProcess(""), "- - -");
+}
+
+TEST(ParseUri, GivesAnEmptyCommandBehindTheSeparator) {
+  EXPECT_EQ(preProcess("screenpop://"), R"("screenpop" "" -)");
+  EXPECT_EQ(preProcess("screenpop:"), R"("screenpop" "" -)");
+}
+
+TEST(ParseUri, KeepsProtocolCase) {
+  EXPECT_EQ(preProcess("SCREENPOP://x"), R"("SCREENPOP" "x" -)");
+  EXPECT_EQ(preProcess("ScreenPop://x"), R"("ScreenPop" "x" -)");
+}
+
+TEST(ParseUri, TakesAColonBeforeACombiningMark) {
+  EXPECT_EQ(preProcess("a:\xCC\x81"), "\"a\" \"\xCC\x81\" -");
+}
+
+TEST(DecodeCommand, DoesNothingWithoutACommand) {
+  EXPECT_FALSE(decodeCommand(std::nullopt));
+  EXPECT_FALSE(decodeCommand(""));
+}
+
+TEST(DecodeCommand, RejectsWhiteSpaceAndLineBreaks) {
+  for (const char* command : {"e30=\n", "e30= ", " e30=", "e3 0=", "e30=\r\n"}) {
+    EXPECT_FALSE(decodeCommand(command)) << command;
+  }
+}
+
+TEST(DecodeCommand, RejectsMissingPadding) {
+  EXPECT_FALSE(decodeCommand("e30"));
+  EXPECT_FALSE(decodeCommand("eyJhIjoxfQ="));
+  EXPECT_FALSE(decodeCommand("eyJhIjoxfQ"));
+}
+
+TEST(DecodeCommand, RejectsPercentEncodingAndTheUrlSafeAlphabet) {
+  EXPECT_FALSE(decodeCommand("e30%3D"));
+  EXPECT_FALSE(decodeCommand("_-8="));
+}
+
+TEST(DecodeCommand, RejectsBytesThatAreNotUtf8) {
+  EXPECT_FALSE(decodeCommand("/w=="));
+  EXPECT_EQ(decodeCommand("AA=="), std::string(1, '\0'));
+}
+
+TEST(DecodeCommand, AcceptsStrictUtf8Only) {
+  int valid = 0;
+  for (const auto& row : readTable("utf8.tsv")) {
+    const std::string bytes = row[0] == "\"\"" ? "" : hexBytes(row[0]);
+    if (bytes.empty()) continue;  // An empty command decodes to nothing.
+    const auto expected = row[1] == "valid" ? std::optional(bytes) : std::nullopt;
+    EXPECT_EQ(decodeCommand(base64(bytes)), expected) << row[0];
+    valid += expected ? 1 : 0;
+  }
+  EXPECT_GT(valid, 0);
+}
+
+}  // namespace
+}  // namespace Vastel_Connect
