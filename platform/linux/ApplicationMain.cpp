@@ -3,9 +3,9 @@
 #include "platform/linux/ApplicationMain.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 

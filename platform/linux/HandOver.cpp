@@ -48,7 +48,7 @@ bool saysNobodyThere(const sd_bus_error& error) {
 HandOver handOverLinks(const std::vector<std::string>& links, const ActivationToken& token) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     sd_bus_message* call = makeOpenCall(links, token);
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     const int result = sd_bus_call(host().bus, call, 0, &error, nullptr);
     sd_bus_message_unref(call);
     if (result >= 0) return HandOver::Done;

@@ -1,16 +1,20 @@
 #include "platform/linux/Spawn.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <iterator>
 
 namespace Vastel_Connect {
 namespace {
 
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
   std::vector<char*> result;
-  for (const std::string& text : texts) result.push_back(const_cast<char*>(text.c_str()));
+  std::transform(texts.begin(), texts.end(), std::back_inserter(result),
+                 [](const std::string& text) { return const_cast<char*>(text.c_str()); });
   return result;
 }
 

@@ -133,7 +133,7 @@ TEST(FromJsonText, DropsOtherKeys) {
 
 TEST(FromJsonText, KeepsTextsAsTheyAre) {
   const auto request =
-      fromJsonText(R"({"WebPage":"a\u0000b\n\u00e9 ","CallFields":{"":"","é":" "}})");
+      fromJsonText(R"({"WebPage":"a\u0000b\n\u00e9 ","CallFields":{"":"","\u00e9":" "}})");
   EXPECT_EQ(request.WebPage, std::string("a\0b\n\xC3\xA9 ", 7));
   EXPECT_EQ(request.CallFields, (Texts{{"", ""}, {"\xC3\xA9", " "}}));
 }
