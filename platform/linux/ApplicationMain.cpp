@@ -32,12 +32,10 @@ void openMissingStandardStreams() {
   if (descriptor >= 0) ::close(descriptor);
 }
 
-/// Whether the bus started this process to take a message. Its variables are not for our children.
-bool takeStartedByBus() {
-  const bool started = std::getenv("DBUS_STARTER_BUS_TYPE") != nullptr;
+/// The bus tells the programs that it starts about itself. That is not for our children.
+void forgetStarter() {
   ::unsetenv("DBUS_STARTER_BUS_TYPE");
   ::unsetenv("DBUS_STARTER_ADDRESS");
-  return started;
 }
 
 /// Whether the process was started by nohup, or as such.
@@ -97,18 +95,19 @@ int waitForLinks() {
   sd_bus_attach_event(host().bus, host().eventLoop, SD_EVENT_PRIORITY_NORMAL);
   const int status = sd_event_loop(host().eventLoop);
   sd_bus_detach_event(host().bus);
+  // Without the loop, a disconnect would end the process on the spot.
+  sd_bus_set_exit_on_disconnect(host().bus, 0);
   if (status != EXIT_SUCCESS) complain("the session bus is gone");
   return status == EXIT_SUCCESS ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-/// The application's life. `token` belongs to `links`.
-int runApplication(const std::vector<std::string>& links, const ActivationToken& token,
-                   bool startedByBus) {
+/// The application's life. `token` belongs to the links among the arguments.
+int runApplication(const LaunchArguments& arguments, const ActivationToken& token) {
   makeEventLoop();
   AppDelegate delegate;
   delegate.applicationWillFinishLaunching();
-  for (const std::string& link : links) deliverUri(link, token);
-  if (startedByBus && joinBus(NameRequest::Queue)) receiveLaunchLinks();
+  for (const std::string& link : arguments.links) deliverUri(link, token);
+  if (arguments.startedByBus && joinBus(NameRequest::Queue)) receiveLaunchLinks();
   delegate.applicationDidFinishLaunching();
 
   int status = EXIT_SUCCESS;
@@ -134,13 +133,13 @@ int applicationMain(int argc, char** argv) {
   const LaunchArguments arguments = readLaunchArguments(argc, argv);
   host().arguments = arguments.all;
   const ActivationToken token = takeActivationTokenFromEnvironment();
-  const bool startedByBus = takeStartedByBus();
+  forgetStarter();
 
   if (arguments.startedWithLink) {
     if (arguments.links.empty()) return EXIT_FAILURE;
     if (const auto status = giveLinksAway(arguments.links, token)) return *status;
   }
-  return runApplication(arguments.links, token, startedByBus);
+  return runApplication(arguments, token);
 }
 
 }  // namespace Vastel_Connect

@@ -30,6 +30,7 @@ LaunchArguments readLaunchArguments(int argc, char** argv) {
     const std::string_view argument = argv[i];
     const bool isLink = i > 0 && schemeLength(argument) > 0;
     arguments.startedWithLink |= isLink;
+    arguments.startedByBus |= argument == kServiceArgument;
     if (!utf8::is_valid(argument.begin(), argument.end())) {
       complain("argument " + std::to_string(i) + " is not UTF-8: ignored");
       continue;

@@ -9,6 +9,10 @@ namespace Vastel_Connect {
 /// The length of the RFC 3986 scheme that `text` begins with, not counting its ":"; 0 without one.
 [[nodiscard]] std::size_t schemeLength(std::string_view text);
 
+/// The argument of the service files. The variables by which the bus tells a program that it was
+/// started do not serve: terminals started by the bus hand them down to their shells.
+inline constexpr std::string_view kServiceArgument = "--dbus-service";
+
 /// What the process was started with, sorted out.
 struct LaunchArguments {
   /// Every argument that is valid UTF-8, the program's own path first.
@@ -17,6 +21,8 @@ struct LaunchArguments {
   std::vector<std::string> links;
   /// Whether the process was started to follow a link, be it one that had to be refused.
   bool startedWithLink = false;
+  /// Whether the bus started the process, to send it a link at once.
+  bool startedByBus = false;
 };
 
 /// Refuses each argument that is not valid UTF-8 with a line on standard error.
