@@ -61,7 +61,12 @@ void makeEventLoop() {
 /// Joins the bus with a request for the name. False when there is no bus.
 bool joinBus(NameRequest request) {
   if (!connectSessionBus()) return false;
-  if (!requestBusName(request) && request == NameRequest::TakeOver) {
+  const auto isOwner = requestBusName(request);
+  if (!isOwner) {
+    leaveBus();
+    return false;
+  }
+  if (!*isOwner && request == NameRequest::TakeOver) {
     complain(std::string(kBusName) + " belongs to another program: links arrive when it ends");
   }
   return true;
@@ -82,7 +87,7 @@ std::optional<int> giveLinksAway(const std::vector<std::string>& links,
         leaveBus();
         return std::nullopt;
       case HandOver::NobodyThere:
-        if (requestBusName(NameRequest::IfFree)) return std::nullopt;
+        if (requestBusName(NameRequest::IfFree).value_or(false)) return std::nullopt;
     }
   }
   complain("the link was not taken: " + std::string(kBusName) + " changes hands all the time");

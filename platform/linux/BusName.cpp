@@ -1,6 +1,7 @@
 // The application on the session bus: its connection, its object, and its name.
 #include "platform/linux/BusName.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 
@@ -114,8 +115,9 @@ bool connectSessionBus() {
   return connected;
 }
 
-bool requestBusName(NameRequest request) {
+std::optional<bool> requestBusName(NameRequest request) {
   const int result = sd_bus_request_name(host().bus, kBusName, requestFlags(request));
+  if (result < 0 && result != -EEXIST) return std::nullopt;
   if (result > 0 && request == NameRequest::IfFree) {
     // Ours now. Asked for once more so that whoever takes it over leaves us in line for it.
     sd_bus_request_name(host().bus, kBusName, requestFlags(NameRequest::Queue));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 namespace Vastel_Connect {
 
 /// How a process asks for the application's name.
@@ -16,8 +18,9 @@ enum class NameRequest {
 /// in the host's state. False when there is no session bus.
 [[nodiscard]] bool connectSessionBus();
 
-/// Whether the name is this process's now. It may also become so later, but for IfFree.
-[[nodiscard]] bool requestBusName(NameRequest request);
+/// Whether the name is this process's now. It may also become so later, but for IfFree. Absent when
+/// the bus does not answer.
+[[nodiscard]] std::optional<bool> requestBusName(NameRequest request);
 
 /// Delivers the links for which the bus has just started this process, and waits for the first one
 /// no longer than a second.
