@@ -4,7 +4,7 @@ add_library(connect_options INTERFACE)
 target_include_directories(connect_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(connect_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
-  -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference
+  -Wnon-virtual-dtor -Woverloaded-virtual
   # A designated initializer may leave out what stays at its default.
   -Wno-missing-field-initializers)
 
