@@ -1,17 +1,18 @@
 # Runs at installation, when the prefix is known for certain. The commands in these files are
 # absolute paths: GIO passes over an entry whose program it does not find in PATH.
 
-set(program_path "${CMAKE_INSTALL_PREFIX}/${program_folder}/vastel-connect")
+cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX NORMALIZE OUTPUT_VARIABLE prefix)
+set(program_path "${prefix}/${program_folder}/vastel-connect")
 if(program_path MATCHES "[^A-Za-z0-9+,./:=@_-]")
   # Generic xdg-open cannot run a quoted path.
-  message(FATAL_ERROR "The prefix must do without blanks and signs: ${CMAKE_INSTALL_PREFIX}")
+  message(FATAL_ERROR "The prefix must do without blanks and signs: ${prefix}")
 endif()
 
 function(install_configured template folder name)
-  set(file "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${folder}/${name}")
+  set(file "$ENV{DESTDIR}${prefix}/${folder}/${name}")
   message(STATUS "Installing: ${file}")
   configure_file("${packaging_folder}/${template}" "${file}" @ONLY)
-  list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_PREFIX}/${folder}/${name}")
+  list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${prefix}/${folder}/${name}")
   set(CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_MANIFEST_FILES}" PARENT_SCOPE)
 endfunction()
 
@@ -25,5 +26,5 @@ install_configured(vastel-connect.service.in lib/systemd/user vastel-connect.ser
 find_program(UPDATE_DESKTOP_DATABASE update-desktop-database)
 if("$ENV{DESTDIR}" STREQUAL "" AND UPDATE_DESKTOP_DATABASE)
   execute_process(COMMAND ${UPDATE_DESKTOP_DATABASE}
-    "${CMAKE_INSTALL_PREFIX}/${data_folder}/applications")
+    "${prefix}/${data_folder}/applications")
 endif()
