@@ -20,7 +20,13 @@ install_configured(com.vastel.Connect.desktop.in ${data_folder}/applications
   com.vastel.Connect.desktop)
 install_configured(com.vastel.Connect.service.in ${data_folder}/dbus-1/services
   com.vastel.Connect.service)
-install_configured(vastel-connect.service.in lib/systemd/user vastel-connect.service)
+# The user manager looks in the data folders of each prefix, and has a place for distributions.
+if(prefix STREQUAL "/usr")
+  set(unit_folder lib/systemd/user)
+else()
+  set(unit_folder ${data_folder}/systemd/user)
+endif()
+install_configured(vastel-connect.service.in ${unit_folder} vastel-connect.service)
 
 # The index of schemes that openers read. A package leaves this to the system's own trigger.
 find_program(UPDATE_DESKTOP_DATABASE update-desktop-database)
