@@ -1,0 +1,407 @@
+"""A private desktop for the tests of the built program: folders, a session bus and a default
+handler of their own, and nothing of the desktop of whoever runs them."""
+
+import base64
+import ctypes
+import json
+import os
+import re
+import select
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import types
+
+from gi.repository import Gio, GLib
+
+NAME = "com.vastel.Connect"
+OBJECT = "/com/vastel/Connect"
+INTERFACE = "org.freedesktop.Application"
+
+STAGE = os.environ["CONNECT_STAGE"]
+PROGRAM = STAGE + "/bin/vastel-connect"
+HERE = os.path.dirname(os.path.abspath(__file__))
+DATA = os.path.join(os.path.dirname(HERE), "data")
+
+# In this many seconds, whatever a test waits for has happened, however busy the machine is.
+LIMIT = 30
+
+
+def golden(*names):
+    """The texts of golden files, one after the other."""
+    texts = []
+    for name in names:
+        with open(f"{DATA}/{name}.txt", encoding="utf-8", newline="") as file:
+            texts.append(file.read())
+    return "".join(texts)
+
+
+def make_link(record, prefix="screenpop://"):
+    """The link of a request: of a record, or of a JSON text as it stands."""
+    text = record if isinstance(record, str) else json.dumps(record, ensure_ascii=False)
+    return prefix + base64.b64encode(text.encode()).decode()
+
+
+def page_link(page, prefix="screenpop://", **members):
+    return make_link({"WebPage": page, **members}, prefix)
+
+
+def plain_message(line):
+    """The message of a plain log line."""
+    match = re.fullmatch(r"Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> (.*)", line, re.DOTALL)
+    assert match, f"not a plain log line: {line!r}"
+    return match[2]
+
+
+class Lines:
+    """The lines that arrive in a pipe."""
+
+    def __init__(self, pipe):
+        self._pipe = pipe
+        self._text = b""
+
+    def next(self):
+        """The next line, without its line feed."""
+        while b"\n" not in self._text:
+            if not self._read():
+                raise EOFError(f"after {self._text!r}")
+        line, _, self._text = self._text.partition(b"\n")
+        return line.decode()
+
+    def rest(self):
+        """All that comes until the other side closes the pipe."""
+        while self._read():
+            pass
+        rest, self._text = self._text, b""
+        return rest.decode()
+
+    def close(self):
+        self._pipe.close()
+
+    def _read(self):
+        if not select.select([self._pipe], [], [], LIMIT)[0]:
+            raise TimeoutError(f"nothing arrives after {self._text[-200:]!r}")
+        block = os.read(self._pipe.fileno(), 1 << 20)
+        self._text += block
+        return block
+
+
+class Process:
+    """A program on the private desktop. `output` and `errors` are the lines that it writes, as far
+    as they go into pipes."""
+
+    def __init__(self, command, environment, **streams):
+        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,
+                   "stderr": subprocess.PIPE, **streams}
+        self._process = subprocess.Popen(command, env=environment, cwd="/", **streams)
+        self.pid = self._process.pid
+        self.output = Lines(self._process.stdout) if self._process.stdout else None
+        self.errors = Lines(self._process.stderr) if self._process.stderr else None
+
+    def banner(self):
+        """Reads the banner, which must come next."""
+        lines = "".join(self.output.next() + "\n" for _ in golden("banner").splitlines())
+        assert lines == golden("banner"), lines
+
+    def messages(self, count):
+        """The messages of the next plain log lines."""
+        return [plain_message(self.output.next()) for _ in range(count)]
+
+    def is_running(self):
+        return self._process.poll() is None
+
+    def send(self, number):
+        os.kill(self.pid, number)
+
+    def wait(self):
+        """The exit status, once the process has ended by itself; negative for a signal."""
+        return self._process.wait(LIMIT)
+
+    def finish(self):
+        """Waits for the end: exit status, standard output, standard error."""
+        output, errors = (lines.rest() if lines else None for lines in (self.output, self.errors))
+        return types.SimpleNamespace(status=self.wait(), output=output, errors=errors)
+
+    def end(self, number=signal.SIGTERM):
+        """Asks the process to end, and waits for it as `finish` does."""
+        self.send(number)
+        return self.finish()
+
+    def discard(self):
+        if self.is_running():
+            self._process.terminate()
+            try:
+                self.wait()
+            except subprocess.TimeoutExpired:
+                self._process.kill()
+                raise
+        for lines in (self.output, self.errors):
+            if lines:
+                lines.close()
+
+
+class Desktop:
+    """A desktop that lives as long as a test does, which fails when a process outlives it.
+
+    `service` is appended to the command with which the bus starts the program; None: the bus cannot
+    start it. Further arguments are variables of the environment of all."""
+
+    def __init__(self, test, service="", bus=True, **environment):
+        self.folder = tempfile.mkdtemp(prefix="connect-test-")
+        test.addCleanup(shutil.rmtree, self.folder)
+        self._processes = []
+        self._make_folders()
+        self._environment = {**self._make_environment(), **environment}
+        self._pages = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self._pages.bind(self.folder + "/pages")
+        test.addCleanup(self._pages.close)
+        adopt_orphans()
+        test.addCleanup(self._expect_nothing_left)
+        test.addCleanup(self._stop)
+        self.install_handler()
+        if service is not None:
+            self._install_service(service)
+        if bus:
+            self._start_bus()
+
+    # Processes.
+
+    def environment(self, **changes):
+        """The environment of a process; None leaves a variable out."""
+        merged = {**self._environment, **changes}
+        return {name: value for name, value in merged.items() if value is not None}
+
+    def spawn(self, *command, streams=None, **environment):
+        process = Process(command, self.environment(**environment), **(streams or {}))
+        self._processes.append(process)
+        return process
+
+    def start(self, *arguments, **options):
+        """Starts the program."""
+        return self.spawn(PROGRAM, *arguments, **options)
+
+    def run(self, *arguments, **options):
+        """Starts the program and waits for its end."""
+        return self.start(*arguments, **options).finish()
+
+    def listen(self, *arguments, **options):
+        """Starts the program, and waits until links go to it."""
+        process = self.start(*arguments, **options)
+        if process.output:
+            process.banner()
+        self.wait_for_owner(process.pid)
+        return process
+
+    # The bus.
+
+    def call(self, method, parameters, interface=INTERFACE):
+        """Calls the application, which the bus starts if need be, and waits for the answer."""
+        return self.bus.call_sync(NAME, OBJECT, interface, method, parameters, None,
+                                  Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
+
+    def open(self, *links, **platform_data):
+        """Follows links as GIO does; "_" stands for "-" in the names of platform data."""
+        data = {key.replace("_", "-"): value if isinstance(value, GLib.Variant)
+                else GLib.Variant("s", value) for key, value in platform_data.items()}
+        self.call("Open", GLib.Variant("(asa{sv})", (links, data)))
+
+    def ask_bus(self, method, *arguments):
+        signature = "(" + "".join("u" if isinstance(each, int) else "s" for each in arguments) + ")"
+        answer = self.bus.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+            GLib.Variant(signature, arguments), None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
+        return answer.unpack()[0]
+
+    def owner(self):
+        """The process that has the application's name, if any."""
+        try:
+            return self.ask_bus("GetConnectionUnixProcessID", NAME)
+        except GLib.Error:
+            return None
+
+    def wait_for_owner(self, pid):
+        self.wait_until(lambda: self.owner() == pid)
+
+    def wait_until(self, condition):
+        """Waits for a condition that only a message of the bus makes true."""
+        expired = []
+        timer = GLib.timeout_add_seconds(LIMIT, expired.append, True)
+        while not condition():
+            assert not expired, "waited in vain"
+            GLib.MainContext.default().iteration(True)
+        GLib.source_remove(timer)
+
+    def names_seen(self):
+        """The owners that the name has had until now, in order; "" stands for none."""
+        self.ask_bus("GetId")
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._owners
+
+    def kill_bus(self):
+        self.daemon.send(signal.SIGKILL)
+        self.daemon.wait()
+
+    # Pages.
+
+    def page(self):
+        """How the handler was started that reports next: its `program` and `arguments`, its
+        `environment`, `signals` as /proc has them, `descriptors`, `session` and `pid`."""
+        if not select.select([self._pages], [], [], LIMIT)[0]:
+            raise TimeoutError("no page is opened")
+        return types.SimpleNamespace(**json.loads(self._pages.recv(1 << 20)))
+
+    def opened(self):
+        """The URL that is opened next."""
+        (url,) = self.page().arguments
+        return url
+
+    def opened_all(self, count):
+        """The next URLs, sorted: handlers that were started in turn may report out of turn."""
+        return sorted(self.opened() for _ in range(count))
+
+    def install_handler(self, schemes=("http", "https"), command=None, lines=()):
+        """Makes a program the default handler of URLs, by a desktop entry; it reports pages."""
+        program = self.install_reporter("bin/browser")
+        self._write("data/applications/browser.desktop", "\n".join([
+            "[Desktop Entry]", "Type=Application", "Name=Browser",
+            f"Exec={command or program + ' %u'}", *lines, ""]))
+        self._write("config/mimeapps.list", "[Default Applications]\n" + "".join(
+            f"x-scheme-handler/{scheme}=browser.desktop\n" for scheme in schemes))
+
+    def install_reporter(self, path):
+        """Installs a program that reports how it was started, as a page."""
+        # The shell still has the signals as they were; Python changes some when it starts.
+        return self._write(path, f"""#!/bin/sh
+status="$(/bin/cat /proc/$$/status)"
+exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "$@"
+""", 0o755)
+
+    # How all this is made, and taken away.
+
+    def _write(self, path, text, mode=0o644):
+        path = f"{self.folder}/{path}"
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        os.chmod(path, mode)
+        return path
+
+    def _make_folders(self):
+        for name in ("home", "config", "data", "cache", "runtime", "services", "no-modules"):
+            os.mkdir(f"{self.folder}/{name}", 0o700)
+
+    def _make_environment(self):
+        kept = {name: value for name, value in os.environ.items()
+                if name == "TZ" or re.fullmatch(r"[A-Z]+SAN_OPTIONS", name)}
+        return {**kept, "PATH": "/usr/bin:/bin", "HOME": self.folder + "/home",
+                "XDG_CONFIG_HOME": self.folder + "/config",
+                "XDG_CONFIG_DIRS": self.folder + "/no-modules",
+                "XDG_DATA_HOME": self.folder + "/data", "XDG_DATA_DIRS": STAGE + "/share",
+                "XDG_CACHE_HOME": self.folder + "/cache",
+                "XDG_RUNTIME_DIR": self.folder + "/runtime"}
+
+    def _install_service(self, arguments):
+        with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as file:
+            text = re.sub("^Exec=.*", rf"\g<0> {arguments}", file.read(), flags=re.MULTILINE)
+        self._write(f"services/{NAME}.service", text)
+
+    def _start_bus(self):
+        address = f"unix:path={self.folder}/bus"
+        config = self._write("bus.conf", f"""<busconfig>
+  <type>session</type>
+  <listen>{address}</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>{self.folder}/services</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+""")
+        self._environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        # Programs that it starts write where it does; its own notices go to the file.
+        with open(f"{self.folder}/bus.log", "w", encoding="utf-8") as log:
+            self.daemon = self.spawn("dbus-daemon", "--nofork", "--nopidfile", "--print-address",
+                                     "--config-file=" + config, streams={"stderr": log})
+        self.daemon.output.next()
+        self.bus = Gio.DBusConnection.new_for_address_sync(
+            address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
+            Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+        self._owners = []
+        self.bus.signal_subscribe(
+            "org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", None, NAME,
+            Gio.DBusSignalFlags.NONE,
+            lambda *arguments: self._owners.append(arguments[5].unpack()[2]))
+
+    def _stop(self):
+        # The newest first, so that the bus, which ends those that it started, comes last.
+        for process in reversed(self._processes):
+            process.discard()
+
+    def _expect_nothing_left(self):
+        left = wait_for_descendants()
+        assert not left, f"left running: {left}"
+        pages = []
+        while select.select([self._pages], [], [], 0)[0]:
+            pages.append(self.page().arguments)
+        assert not pages, f"opened, too: {pages}"
+
+
+def adopt_orphans():
+    """Makes every process that a test leaves behind a child of this one."""
+    PR_SET_CHILD_SUBREAPER = 36
+    assert ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) == 0
+
+
+def wait_for_descendants():
+    """Waits for the end of all. Those that do not end in time are killed, and are the result."""
+    def expire(*_):
+        raise TimeoutError
+
+    signal.signal(signal.SIGALRM, expire)
+    signal.alarm(LIMIT)
+    try:
+        while True:
+            os.waitpid(-1, 0)
+    except ChildProcessError:
+        return []
+    except TimeoutError:
+        return kill_children()
+    finally:
+        signal.alarm(0)
+
+
+def kill_children():
+    killed = []
+    # The children of one that is killed are the next round's.
+    while found := children("self"):
+        for pid in found:
+            with open(f"/proc/{pid}/cmdline", encoding="utf-8", errors="replace") as file:
+                killed.append(file.read().replace("\0", " "))
+            os.kill(pid, signal.SIGKILL)
+            os.waitpid(pid, 0)
+    return killed
+
+
+def children(pid):
+    """The children of a process."""
+    found = []
+    for task in os.listdir(f"/proc/{pid}/task"):
+        with open(f"/proc/{pid}/task/{task}/children", encoding="ascii") as file:
+            found += map(int, file.read().split())
+    return found
+
+
+def status_of(pid):
+    """What /proc says about a process, by name."""
+    with open(f"/proc/{pid}/status", encoding="utf-8") as file:
+        return parse_status(file.read())
+
+
+def parse_status(text):
+    return dict(line.split(":\t", 1) for line in text.splitlines() if ":\t" in line)

@@ -1,0 +1,349 @@
+"""The program in a terminal: its texts, its log lines, its signals, and what becomes of them when
+standard streams or the bus are missing."""
+
+import datetime
+import itertools
+import json
+import os
+import re
+import signal
+import socket
+import unittest
+
+from desktop import DATA, PROGRAM, Desktop, golden, make_link, page_link, status_of
+
+SWITCHES = {
+    "usage": ("-help", "/help", "-h", "/h"),
+    "changelog": ("-changelog", "/changelog"),
+    "showuri": ("-showuri", "/showuri"),
+    "log": ("-log", "/log"),
+    "jsonlog": ("-jsonlog", "/jsonlog"),
+}
+TEXTS = ("usage", "changelog", "showuri")
+TEXT_OF_FLAG = {"FlagHelp": "usage", "FlagChangeLog": "changelog", "FlagShowUri": "showuri"}
+
+PAGE = "https://page.test/"
+LINK = page_link(PAGE)
+MESSAGES = ["new uri event", "process uri: " + LINK, "process screenpop", "webpage: " + PAGE]
+
+# A page with what a log line has to treat with care. It forms no URL, so nothing is opened.
+ODD_PAGE = "a \"quoted\"\\\nline\tof \u0001 K\u00f6ln \u2603 \U0001f4de </b>"
+
+
+def texts_for(asked):
+    return golden("banner", *(text for text in TEXTS if text in asked))
+
+
+class TerminalTest(unittest.TestCase):
+    maxDiff = None
+
+    def expect_texts(self, result, *asked):
+        self.assertEqual((result.output, result.errors, result.status), (texts_for(asked), "", 0))
+
+    # The texts.
+
+    def test_each_spelling_prints_its_text(self):
+        desktop = Desktop(self, bus=False)
+        for text in TEXTS:
+            for spelling in SWITCHES[text]:
+                for argument in (spelling, spelling.upper(), spelling.title()):
+                    with self.subTest(argument):
+                        self.expect_texts(desktop.run(argument), text)
+
+    def test_each_combination_prints_each_text_once_in_the_fixed_order(self):
+        desktop = Desktop(self, bus=False)
+        for flags in itertools.product((False, True), repeat=len(SWITCHES)):
+            asked = [name for name, flag in zip(SWITCHES, flags) if flag]
+            if not set(asked) & set(TEXTS):
+                continue
+            dashes = [SWITCHES[name][0] for name in asked]
+            for arguments in (dashes, [*reversed(dashes), *dashes]):
+                with self.subTest(arguments=arguments):
+                    self.expect_texts(desktop.run(*arguments), *asked)
+
+    def test_each_row_of_the_switch_table_counts_as_it_says(self):
+        desktop = Desktop(self, bus=False)
+        with open(DATA + "/switches.tsv", encoding="utf-8") as file:
+            rows = [line.rstrip("\n").split("\t") for line in file if not line.startswith("#")]
+        self.assertGreater(len(rows), 100)
+        for quoted, flag in rows:
+            argument = json.loads(quoted)
+            if "\0" in argument:
+                continue
+            with self.subTest(argument=argument):
+                self.expect_texts(desktop.run(argument, "-help"), "usage", TEXT_OF_FLAG.get(flag))
+
+    def test_the_programs_own_name_may_be_a_switch(self):
+        desktop = Desktop(self, bus=False)
+        process = desktop.spawn("/ChangeLog", streams={"executable": PROGRAM})
+        self.expect_texts(process.finish(), "changelog")
+
+    def test_without_a_printing_switch_it_prints_the_banner_and_stays(self):
+        desktop = Desktop(self)
+        for arguments in ([], ["--help"], ["help"], ["-help=1"], ["-log"], ["-he"], ["-help "],
+                          ["/jsonlog", "-LOG"], [""]):
+            with self.subTest(arguments=arguments):
+                process = desktop.listen(*arguments)
+                self.assertTrue(process.is_running())
+                result = process.end()
+                self.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+
+    def test_printing_switches_never_touch_the_name(self):
+        desktop = Desktop(self)
+        for text in TEXTS:
+            self.expect_texts(desktop.run(SWITCHES[text][0]), text)
+        self.assertEqual(desktop.names_seen(), [])
+
+    def test_printing_switches_leave_a_listener_its_name(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        self.expect_texts(desktop.run("-help", "-log"), "usage")
+        self.assertEqual(len(desktop.names_seen()), 1)
+        desktop.open(LINK)
+        self.assertEqual(listener.messages(4), MESSAGES)
+        desktop.opened()
+
+    # Standard output that is not there.
+
+    def expect_closing_harms_nothing(self, redirections):
+        desktop = Desktop(self)
+        closed = ("/bin/sh", "-c", f'exec "$0" "$@" {redirections}', PROGRAM)
+        result = desktop.spawn(*closed, "-help").finish()
+        self.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+
+        process = desktop.spawn(*closed, "-log", "-jsonlog")
+        desktop.wait_for_owner(process.pid)
+        # A line that went into the bus would end the connection.
+        for _ in range(3):
+            desktop.open(LINK)
+            self.assertEqual(desktop.opened(), PAGE)
+        self.assertEqual(os.readlink(f"/proc/{process.pid}/fd/1"), "/dev/null")
+        result = process.end()
+        self.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+
+    def test_a_closed_standard_output_harms_nothing(self):
+        self.expect_closing_harms_nothing(">&-")
+
+    def test_no_standard_stream_at_all_harms_nothing(self):
+        self.expect_closing_harms_nothing("<&- >&- 2>&-")
+
+    def test_a_full_device_harms_nothing(self):
+        desktop = Desktop(self)
+        with open("/dev/full", "wb") as full:
+            result = desktop.run("-help", streams={"stdout": full})
+            self.assertEqual((result.errors, result.status), ("", 0))
+            process = desktop.listen("-log", streams={"stdout": full})
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+        result = process.end()
+        self.assertEqual((result.errors, result.status), ("", 0))
+
+    def test_a_pipe_without_a_reader_harms_nothing(self):
+        desktop = Desktop(self)
+        reader, writer = os.pipe()
+        os.close(reader)
+        result = desktop.run("-help", streams={"stdout": writer})
+        self.assertEqual((result.errors, result.status), ("", 0))
+        process = desktop.listen("-log", "-jsonlog", streams={"stdout": writer})
+        os.close(writer)
+        for _ in range(3):
+            desktop.open(LINK)
+            self.assertEqual(desktop.opened(), PAGE)
+        result = process.end()
+        self.assertEqual((result.errors, result.status), ("", 0))
+
+    def test_a_reader_that_leaves_later_harms_nothing(self):
+        desktop = Desktop(self)
+        process = desktop.listen("-log")
+        desktop.open(LINK)
+        self.assertEqual(process.messages(4), MESSAGES)
+        process.output.close()
+        process.output = None
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
+        self.assertEqual(process.end().status, 0)
+
+    # Writing.
+
+    def test_each_line_appears_at_once_in_a_pipe(self):
+        desktop = Desktop(self)
+        process = desktop.listen("-log")
+        for _ in range(3):
+            desktop.open(LINK)
+            self.assertEqual(process.messages(4), MESSAGES)
+            self.assertEqual(desktop.opened(), PAGE)
+        self.assertTrue(process.is_running())
+
+    def test_each_line_is_one_write(self):
+        # A socket that keeps the borders of what is written.
+        ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+        self.addCleanup(ours.close)
+        ours.settimeout(30)
+
+        def writes(count):
+            return [ours.recv(1 << 20).decode() for _ in range(count)]
+
+        desktop = Desktop(self)
+        self.assertEqual(desktop.run("-h", "-changelog", "-showuri",
+                                     streams={"stdout": theirs}).status, 0)
+        lines = golden("banner", "usage", "changelog").splitlines(keepends=True)
+        # The description of links is one text.
+        self.assertEqual(writes(len(lines) + 1), [*lines, golden("showuri")])
+
+        process = desktop.listen("-log", "-jsonlog", streams={"stdout": theirs})
+        theirs.close()
+        writes(8)
+        desktop.open(make_link({"WebPage": ODD_PAGE}))
+        lines = writes(8)
+        for plain, record in zip(lines[::2], lines[1::2]):
+            self.assertRegex(plain, r"^Log [^\0]*\n\Z")
+            self.assertEqual("Log " + plain[4:12] + "> " + json.loads(record)["message"] + "\n",
+                             plain)
+        process.end()
+        self.assertEqual(ours.recv(1), b"")
+
+    # Log lines.
+
+    def expect_log_forms(self, desktop, offset):
+        process = desktop.listen("-jsonlog", "-log")
+        before = datetime.datetime.now(datetime.timezone.utc).replace(microsecond=0)
+        desktop.open(LINK)
+        for message in MESSAGES:
+            plain, record = process.output.next(), process.output.next()
+            match = re.fullmatch(r"Log (\d\d:\d\d:\d\d)> (.*)", plain)
+            self.assertEqual(match[2], message)
+            match_json = re.fullmatch(r'\{"datetime":"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d{4})",'
+                                      r'"event":"Log","message":"(.*)"\}', record)
+            self.assertEqual(match_json[2], message)
+            self.assertEqual(match_json[1][-5:], offset)
+            after = datetime.datetime.now(datetime.timezone.utc)
+            written = datetime.datetime.strptime(match_json[1], "%Y-%m-%dT%H:%M:%S%z")
+            self.assertTrue(before <= written <= after, (before, written, after))
+            # The plain line is the earlier one of the two.
+            self.assertIn(match[1], [(written - datetime.timedelta(seconds=each)).strftime("%X")
+                                     for each in (0, 1)])
+        desktop.opened()
+
+    def test_both_forms_carry_the_users_time(self):
+        self.expect_log_forms(Desktop(self), datetime.datetime.now().astimezone().strftime("%z"))
+
+    def test_the_offset_may_be_of_quarter_hours(self):
+        self.expect_log_forms(Desktop(self, TZ="Asia/Kathmandu"), "+0545")
+
+    def test_the_offset_may_be_negative(self):
+        self.expect_log_forms(Desktop(self, TZ="America/Caracas"), "-0400")
+
+    def test_only_the_plain_form_is_written_for_its_switch(self):
+        desktop = Desktop(self)
+        process = desktop.listen("/LOG")
+        desktop.open(LINK)
+        self.assertEqual(process.messages(4), MESSAGES)
+        self.assertEqual(process.end().output, "")
+        desktop.opened()
+
+    def test_only_the_json_form_is_written_for_its_switch(self):
+        desktop = Desktop(self)
+        process = desktop.listen("/JsonLog")
+        desktop.open(LINK)
+        self.assertEqual([json.loads(process.output.next())["message"] for _ in MESSAGES], MESSAGES)
+        self.assertEqual(process.end().output, "")
+        desktop.opened()
+
+    def test_nothing_is_written_without_a_log_switch(self):
+        desktop = Desktop(self)
+        process = desktop.listen()
+        desktop.open(LINK, "mailto:a@b.test", "screenpop:")
+        self.assertEqual(desktop.opened(), PAGE)
+        result = process.end()
+        self.assertEqual((result.output, result.errors), ("", ""))
+
+    def test_a_plain_line_carries_any_message_unchanged(self):
+        desktop = Desktop(self)
+        process = desktop.listen("-log")
+        desktop.open(make_link({"WebPage": ODD_PAGE}))
+        self.assertEqual(process.messages(3)[0], "new uri event")
+        self.assertRegex(process.end().output, r"^Log \d\d:\d\d:\d\d> webpage: "
+                         + re.escape(ODD_PAGE) + r"\n\Z")
+
+    def test_a_json_line_stays_one_line_for_any_message(self):
+        desktop = Desktop(self)
+        process = desktop.listen("-jsonlog")
+        desktop.open(make_link({"WebPage": ODD_PAGE}))
+        lines = [process.output.next() for _ in MESSAGES]
+        self.assertEqual(json.loads(lines[-1])["message"], "webpage: " + ODD_PAGE)
+        self.assertIn(r'a \"quoted\"\\\nline\tof \u0001 Köln ☃ 📞', lines[-1])
+        self.assertEqual(process.end().output, "")
+
+    # Arguments that are not UTF-8.
+
+    def test_an_argument_that_is_not_utf8_is_refused_and_the_program_goes_on(self):
+        desktop = Desktop(self, bus=False)
+        result = desktop.run(b"-h\xff", "-help")
+        self.assertEqual(result.errors, "vastel-connect: argument 1 is not UTF-8: ignored\n")
+        self.assertEqual((result.output, result.status), (texts_for(["usage"]), 0))
+
+    def test_a_link_that_is_not_utf8_is_refused(self):
+        desktop = Desktop(self)
+        result = desktop.run("-log", b"screenpop:\xff")
+        self.assertEqual(result.errors, "vastel-connect: argument 2 is not UTF-8: ignored\n")
+        self.assertEqual((result.output, result.status), ("", 1))
+        self.assertEqual(desktop.names_seen(), [])
+
+    # No bus.
+
+    def test_without_a_bus_the_banner_is_printed_and_one_line_says_so(self):
+        result = Desktop(self, bus=False).run("-log")
+        self.assertEqual(result.output, golden("banner"))
+        self.assertEqual(result.errors,
+                         "vastel-connect: no session bus, so no link can arrive\n")
+        self.assertEqual(result.status, 1)
+
+    def test_without_a_bus_launch_links_are_handled_before_the_banner(self):
+        desktop = Desktop(self, bus=False)
+        pages = ["https://page.test/1", "https://page.test/2"]
+        result = desktop.run("-log", *map(page_link, pages), "-jsonlog")
+        self.assertEqual(result.output, golden("banner"))
+        self.assertEqual(result.errors,
+                         "vastel-connect: no session bus, so no link can arrive\n")
+        self.assertEqual(result.status, 1)
+        self.assertEqual(desktop.opened_all(2), pages)
+
+    def test_without_a_bus_a_link_may_come_with_a_printing_switch(self):
+        desktop = Desktop(self, bus=False)
+        self.expect_texts(desktop.run("-showuri", LINK), "showuri")
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_a_bus_that_does_not_answer_is_no_bus(self):
+        desktop = Desktop(self, bus=False, DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/at/all")
+        result = desktop.run(LINK)
+        self.assertEqual((result.output, result.status), (golden("banner"), 1))
+        self.assertEqual(result.errors.count("\n"), 1)
+        self.assertEqual(desktop.opened(), PAGE)
+
+    # Signals.
+
+    def test_a_signal_to_end_gives_the_name_back(self):
+        desktop = Desktop(self)
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(number):
+                process = desktop.listen()
+                result = process.end(number)
+                self.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+                self.assertEqual(desktop.names_seen()[-1], "")
+
+    def test_hang_up_stays_ignored(self):
+        desktop = Desktop(self)
+        process = desktop.spawn("/bin/sh", "-c", "trap '' HUP; exec \"$0\" -log", PROGRAM)
+        process.banner()
+        desktop.wait_for_owner(process.pid)
+        process.send(signal.SIGHUP)
+        desktop.open(LINK)
+        self.assertEqual(process.messages(4), MESSAGES)
+        # The next one to be started ignores it, too, as nohup's children do.
+        self.assertEqual(int(status_of(process.pid)["SigIgn"], 16) & 1, 1)
+        desktop.opened()
+        self.assertEqual(process.end().status, 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
