@@ -49,10 +49,12 @@ def page_link(page, prefix="screenpop://", **members):
     return make_link({"WebPage": page, **members}, prefix)
 
 
-def plain_message(line):
-    """The message of a plain log line."""
-    match = re.fullmatch(r"Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> (.*)", line, re.DOTALL)
-    assert match, f"not a plain log line: {line!r}"
+def log_message(line):
+    """The message of a log line of either form."""
+    if line.startswith("{"):
+        return json.loads(line)["message"]
+    match = re.fullmatch(r"Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> (.*)", line)
+    assert match, f"not a log line: {line!r}"
     return match[2]
 
 
@@ -107,8 +109,8 @@ class Process:
         assert lines == golden("banner"), lines
 
     def messages(self, count):
-        """The messages of the next plain log lines."""
-        return [plain_message(self.output.next()) for _ in range(count)]
+        """The messages of the next log lines."""
+        return [log_message(self.output.next()) for _ in range(count)]
 
     def is_running(self):
         return self._process.poll() is None
@@ -163,7 +165,7 @@ class Desktop:
         test.addCleanup(self._stop)
         self.install_handler()
         if service is not None:
-            self._install_service(service)
+            self.install_service(f"{PROGRAM} {service}")
         if bus:
             self._start_bus()
 
@@ -245,6 +247,13 @@ class Desktop:
         self.daemon.send(signal.SIGKILL)
         self.daemon.wait()
 
+    def install_service(self, command):
+        """Installs the service file with another command. The bus is to be started afterwards, or
+        to look for it by itself."""
+        with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as file:
+            text = re.sub("^Exec=.*", "Exec=" + command, file.read(), flags=re.MULTILINE)
+        self._write(f"services/{NAME}.service", text)
+
     # Pages.
 
     def page(self):
@@ -275,10 +284,13 @@ class Desktop:
     def install_reporter(self, path):
         """Installs a program that reports how it was started, as a page."""
         # The shell still has the signals as they were; Python changes some when it starts.
-        return self._write(path, f"""#!/bin/sh
+        return self.install_script(path, f"""
 status="$(/bin/cat /proc/$$/status)"
 exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "$@"
-""", 0o755)
+""")
+
+    def install_script(self, path, text):
+        return self._write(path, "#!/bin/sh\n" + text, 0o755)
 
     # How all this is made, and taken away.
 
@@ -304,10 +316,6 @@ exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "
                 "XDG_CACHE_HOME": self.folder + "/cache",
                 "XDG_RUNTIME_DIR": self.folder + "/runtime"}
 
-    def _install_service(self, arguments):
-        with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as file:
-            text = re.sub("^Exec=.*", rf"\g<0> {arguments}", file.read(), flags=re.MULTILINE)
-        self._write(f"services/{NAME}.service", text)
 
     def _start_bus(self):
         address = f"unix:path={self.folder}/bus"

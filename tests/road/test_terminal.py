@@ -245,7 +245,7 @@ class TerminalTest(unittest.TestCase):
         desktop = Desktop(self)
         process = desktop.listen("/JsonLog")
         desktop.open(LINK)
-        self.assertEqual([json.loads(process.output.next())["message"] for _ in MESSAGES], MESSAGES)
+        self.assertEqual(process.messages(4), MESSAGES)
         self.assertEqual(process.end().output, "")
         desktop.opened()
 
