@@ -10,8 +10,9 @@ namespace Vastel_Connect {
 namespace {
 
 /// An application that ends just as we call it is replaced by the next call; one that does so every
-/// time is broken.
-constexpr int kAttempts = 16;
+/// time is broken. Far above the number of links that are followed at once, for each of them may end
+/// one.
+constexpr int kAttempts = 100;
 
 void appendText(sd_bus_message* call, const char* key, const std::optional<std::string>& text) {
   if (text) sd_bus_message_append(call, "{sv}", key, "s", text->c_str());

@@ -225,6 +225,7 @@ class Desktop:
             return None
 
     def wait_for_owner(self, pid):
+        """Waits until links go to this process; None: to nobody."""
         self.wait_until(lambda: self.owner() == pid)
 
     def wait_until(self, condition):

@@ -492,6 +492,7 @@ class RoadTest(unittest.TestCase):
         self.assertEqual((result.status, result.errors), (70, ""))
         self.assertEqual([line[len("Log 00:00:00> "):] for line in result.output.splitlines()],
                          messages_of(FATAL, "process screenpop"))
+        desktop.wait_for_owner(None)
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
 
@@ -507,7 +508,7 @@ class RoadTest(unittest.TestCase):
     def test_an_array_ends_a_program_that_it_starts(self):
         desktop = Desktop(self)
         desktop.open(FATAL)
-        desktop.wait_until(lambda: desktop.names_seen()[-1:] == [""])
+        desktop.wait_for_owner(None)
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
 
@@ -520,8 +521,24 @@ class RoadTest(unittest.TestCase):
         desktop = Desktop(self)
         for _ in range(20):
             self.expect_silence(desktop.run(FATAL))
+        desktop.wait_for_owner(None)
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
+
+    def test_twenty_arrays_at_once_are_no_error_for_their_senders(self):
+        desktop = Desktop(self)
+        for process in self.start_at_once(desktop, [FATAL] * 20):
+            self.expect_silence(process.finish())
+        desktop.wait_for_owner(None)
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_links_among_twenty_arrays_are_opened_once_each(self):
+        desktop = Desktop(self)
+        links = [link for page in pages(5) for link in [FATAL] * 4 + [page_link(page)]]
+        for process in self.start_at_once(desktop, links):
+            self.expect_silence(process.finish())
+        self.assertEqual(desktop.opened_all(5), pages(5))
 
     # The end of the bus, and of the program.
 
