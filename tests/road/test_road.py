@@ -9,7 +9,7 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import (LIMIT, NAME, Desktop, children, golden, make_link,
+from desktop import (INTERFACE, LIMIT, NAME, OBJECT, Desktop, children, golden, make_link,
                      page_link, parse_status, status_of)
 
 PAGE = "https://page.test/"
@@ -556,6 +556,23 @@ class RoadTest(unittest.TestCase):
         desktop.ask_bus("StartServiceByName", NAME, 0)
         desktop.kill_bus()
         self.assertEqual(desktop.daemon.output.rest(), golden("banner"))
+
+    def test_a_link_that_arrived_before_the_end_is_opened(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        listener.send(signal.SIGSTOP)
+        answers = []
+        desktop.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", ([LINK], {})),
+                         None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
+                         lambda bus, result: answers.append(bus.call_finish(result)))
+        # Once this is answered, the bus has passed the call on.
+        desktop.ask_bus("GetId")
+        listener.send(signal.SIGTERM)
+        listener.send(signal.SIGCONT)
+        self.assertEqual(listener.messages(4), page_messages(LINK))
+        self.assertEqual(desktop.opened(), PAGE)
+        desktop.wait_until(lambda: answers)
+        self.expect_silence(listener.finish())
 
     # Activation tokens.
 
