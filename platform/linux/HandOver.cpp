@@ -18,13 +18,16 @@ void appendText(sd_bus_message* call, const char* key, const std::optional<std::
   if (text) sd_bus_message_append(call, "{sv}", key, "s", text->c_str());
 }
 
+/// Null when a link is no text to sd-bus, which refuses Unicode's noncharacters.
 sd_bus_message* makeOpenCall(const std::vector<std::string>& links, const ActivationToken& token) {
   sd_bus_message* call = nullptr;
   sd_bus_message_new_method_call(host().bus, &call, kBusName, kObjectPath, kApplicationInterface,
                                  "Open");
   sd_bus_message_open_container(call, SD_BUS_TYPE_ARRAY, "s");
   for (const std::string& link : links) {
-    sd_bus_message_append_basic(call, SD_BUS_TYPE_STRING, link.c_str());
+    if (sd_bus_message_append_basic(call, SD_BUS_TYPE_STRING, link.c_str()) < 0) {
+      return sd_bus_message_unref(call);
+    }
   }
   sd_bus_message_close_container(call);
   sd_bus_message_open_container(call, SD_BUS_TYPE_ARRAY, "{sv}");
@@ -49,6 +52,10 @@ bool saysNobodyThere(const sd_bus_error& error) {
 HandOver handOverLinks(const std::vector<std::string>& links, const ActivationToken& token) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     sd_bus_message* call = makeOpenCall(links, token);
+    if (call == nullptr) {
+      complain("the link was refused: the bus does not carry it");
+      return HandOver::Refused;
+    }
     sd_bus_error error{};
     const int result = sd_bus_call(host().bus, call, 0, &error, nullptr);
     sd_bus_message_unref(call);

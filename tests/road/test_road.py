@@ -244,6 +244,17 @@ class RoadTest(unittest.TestCase):
         process.banner()
         self.expect_link(desktop, process, "https://page.test/second")
 
+    def test_exec_refuses_a_link_that_the_bus_does_not_carry(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        for character in ("\ufdd0", "\uffff", "\U0010fffe"):
+            with self.subTest(character):
+                result = desktop.run("screenpop:" + character)
+                self.assertEqual(result.errors, "vastel-connect: the link was refused: the bus "
+                                                "does not carry it\n")
+                self.assertEqual((result.output, result.status), ("", 1))
+        self.expect_link(desktop, listener)
+
     # What a link may hold.
 
     def test_each_kind_of_bad_link_gets_its_log_lines(self):
