@@ -103,6 +103,23 @@ class TerminalTest(unittest.TestCase):
         self.assertEqual(listener.messages(4), MESSAGES)
         desktop.opened()
 
+    def test_a_terminal_may_itself_be_started_by_the_bus(self):
+        desktop = Desktop(self)
+        first = desktop.listen()
+        ours, theirs = os.openpty()
+        self.addCleanup(os.close, ours)
+        self.addCleanup(os.close, theirs)
+        terminal = {"streams": {"stdin": theirs}, "DBUS_STARTER_BUS_TYPE": "session"}
+        self.expect_texts(desktop.run("-help", **terminal), "usage")
+        self.assertEqual(len(desktop.names_seen()), 1)
+        # As anywhere, a newer start takes the links.
+        second = desktop.listen("-log", **terminal)
+        self.assertEqual(len(desktop.names_seen()), 2)
+        desktop.open(LINK)
+        self.assertEqual(second.messages(4), MESSAGES)
+        desktop.opened()
+        self.assertTrue(first.is_running())
+
     # Standard output that is not there.
 
     def expect_closing_harms_nothing(self, redirections):
