@@ -133,6 +133,15 @@ class RoadTest(unittest.TestCase):
         self.assertEqual(listener.messages(8), page_messages(LINK) * 2)
         self.assertEqual(desktop.opened_all(2), [PAGE] * 2)
 
+    def test_open_may_want_no_answer(self):
+        desktop = Desktop(self)
+        call = Gio.DBusMessage.new_method_call(NAME, OBJECT, INTERFACE, "Open")
+        call.set_body(GLib.Variant("(asa{sv})", ([LINK], {})))
+        call.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
+        for _ in ("cold", "warm"):
+            desktop.bus.send_message(call.copy(), Gio.DBusSendMessageFlags.NONE)
+            self.assertEqual(desktop.opened(), PAGE)
+
     def test_platform_data_of_any_other_kind_is_passed_over(self):
         desktop = Desktop(self)
         desktop.open(LINK, x=GLib.Variant("(ia{sv}v)", (1, {}, GLib.Variant("as", ["y"]))),
@@ -414,6 +423,20 @@ class RoadTest(unittest.TestCase):
         self.assertEqual([process.pid for process in processes if process.is_running()],
                          [desktop.owner()])
 
+    def test_twenty_calls_at_once_are_carried_out_once_each(self):
+        desktop = Desktop(self)
+        answers = []
+        for page in pages(20):
+            self.call_open(desktop, page_link(page), answers)
+        self.assertEqual(desktop.opened_all(20), pages(20))
+        desktop.wait_until(lambda: len(answers) == 20)
+
+    def call_open(self, desktop, link, answers):
+        """Follows a link, and appends the answer when it comes."""
+        desktop.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", ([link], {})),
+                         None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
+                         lambda bus, result: answers.append(bus.call_finish(result)))
+
     # Who takes the links.
 
     def test_the_newest_start_takes_the_links_and_gives_them_back(self):
@@ -573,9 +596,7 @@ class RoadTest(unittest.TestCase):
         listener = desktop.listen("-log")
         listener.send(signal.SIGSTOP)
         answers = []
-        desktop.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", ([LINK], {})),
-                         None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
-                         lambda bus, result: answers.append(bus.call_finish(result)))
+        self.call_open(desktop, LINK, answers)
         # Once this is answered, the bus has passed the call on.
         desktop.ask_bus("GetId")
         listener.send(signal.SIGTERM)

@@ -2,6 +2,7 @@
 standard streams or the bus are missing."""
 
 import datetime
+import fcntl
 import itertools
 import json
 import os
@@ -10,7 +11,8 @@ import signal
 import socket
 import unittest
 
-from desktop import DATA, PROGRAM, Desktop, golden, make_link, page_link, status_of
+from desktop import (DATA, PROGRAM, Desktop, golden, log_message, make_link, page_link,
+                     status_of)
 
 SWITCHES = {
     "usage": ("-help", "/help", "-h", "/h"),
@@ -24,10 +26,16 @@ TEXT_OF_FLAG = {"FlagHelp": "usage", "FlagChangeLog": "changelog", "FlagShowUri"
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)
-MESSAGES = ["new uri event", "process uri: " + LINK, "process screenpop", "webpage: " + PAGE]
 
 # A page with what a log line has to treat with care. It forms no URL, so nothing is opened.
 ODD_PAGE = "a \"quoted\"\\\nline\tof \u0001 K\u00f6ln \u2603 \U0001f4de </b>"
+
+
+def messages_of(link):
+    return ["new uri event", "process uri: " + link, "process screenpop", "webpage: " + PAGE]
+
+
+MESSAGES = messages_of(LINK)
 
 
 def texts_for(asked):
@@ -180,6 +188,32 @@ class TerminalTest(unittest.TestCase):
         self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
         self.assertEqual(process.end().status, 0)
 
+    def expect_every_byte_for_a_slow_reader(self, blocking):
+        desktop = Desktop(self)
+        reader, writer = os.pipe()
+        fcntl.fcntl(writer, fcntl.F_SETPIPE_SZ, 4096)
+        os.set_blocking(writer, blocking)
+        process = desktop.start("-log", streams={"stdout": writer})
+        os.close(writer)
+        with os.fdopen(reader, encoding="utf-8") as output:
+            self.assertEqual("".join(output.readline() for _ in range(8)), golden("banner"))
+            desktop.wait_for_owner(process.pid)
+            link = page_link(PAGE, Note="x" * 60_000)
+            desktop.open(link)
+            for message in messages_of(link):
+                self.assertEqual(log_message(output.readline()[:-1]), message)
+            self.assertEqual(desktop.opened(), PAGE)
+            # This one waits for room when its reader leaves.
+            desktop.open(link)
+        self.assertEqual(desktop.opened(), PAGE)
+        self.assertEqual(process.end().status, 0)
+
+    def test_a_slow_reader_gets_every_byte(self):
+        self.expect_every_byte_for_a_slow_reader(blocking=True)
+
+    def test_a_slow_reader_of_a_pipe_that_does_not_block_gets_every_byte(self):
+        self.expect_every_byte_for_a_slow_reader(blocking=False)
+
     # Writing.
 
     def test_each_line_appears_at_once_in_a_pipe(self):
@@ -223,7 +257,8 @@ class TerminalTest(unittest.TestCase):
 
     def expect_log_forms(self, desktop, offset):
         process = desktop.listen("-jsonlog", "-log")
-        before = datetime.datetime.now(datetime.timezone.utc).replace(microsecond=0)
+        # The clock that counts seconds may be a tick behind the other.
+        before = datetime.datetime.now(datetime.timezone.utc) - datetime.timedelta(seconds=2)
         desktop.open(LINK)
         for message in MESSAGES:
             plain, record = process.output.next(), process.output.next()
