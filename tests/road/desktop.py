@@ -148,10 +148,10 @@ class Process:
 class Desktop:
     """A desktop that lives as long as a test does, which fails when a process outlives it.
 
-    `service` is appended to the command with which the bus starts the program; None: the bus cannot
-    start it. Further arguments are variables of the environment of all."""
+    `service` is the command with which the bus starts the program; None: the bus cannot start it.
+    Further arguments are variables of the environment of all."""
 
-    def __init__(self, test, service="", bus=True, **environment):
+    def __init__(self, test, service=PROGRAM, bus=True, **environment):
         self.folder = tempfile.mkdtemp(prefix="connect-test-")
         test.addCleanup(shutil.rmtree, self.folder)
         self._processes = []
@@ -165,7 +165,7 @@ class Desktop:
         test.addCleanup(self._stop)
         self.install_handler()
         if service is not None:
-            self.install_service(f"{PROGRAM} {service}")
+            self._install_service(service)
         if bus:
             self._start_bus()
 
@@ -248,21 +248,15 @@ class Desktop:
         self.daemon.send(signal.SIGKILL)
         self.daemon.wait()
 
-    def install_service(self, command):
-        """Installs the service file with another command. The bus is to be started afterwards, or
-        to look for it by itself."""
-        with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as file:
-            text = re.sub("^Exec=.*", "Exec=" + command, file.read(), flags=re.MULTILINE)
-        self._write(f"services/{NAME}.service", text)
-
     # Pages.
 
     def page(self):
         """How the handler was started that reports next: its `program` and `arguments`, its
-        `environment`, `signals` as /proc has them, `descriptors`, `session` and `pid`."""
+        `environment`, its `status` as `status_of` gives it, `descriptors`, `session` and `pid`."""
         if not select.select([self._pages], [], [], LIMIT)[0]:
             raise TimeoutError("no page is opened")
-        return types.SimpleNamespace(**json.loads(self._pages.recv(1 << 20)))
+        report = json.loads(self._pages.recv(1 << 20))
+        return types.SimpleNamespace(**{**report, "status": parse_status(report["status"])})
 
     def opened(self):
         """The URL that is opened next."""
@@ -304,7 +298,7 @@ exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "
         return path
 
     def _make_folders(self):
-        for name in ("home", "config", "data", "cache", "runtime", "services", "no-modules"):
+        for name in ("home", "config", "data", "cache", "runtime", "services", "empty"):
             os.mkdir(f"{self.folder}/{name}", 0o700)
 
     def _make_environment(self):
@@ -312,11 +306,15 @@ exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "
                 if name == "TZ" or re.fullmatch(r"[A-Z]+SAN_OPTIONS", name)}
         return {**kept, "PATH": "/usr/bin:/bin", "HOME": self.folder + "/home",
                 "XDG_CONFIG_HOME": self.folder + "/config",
-                "XDG_CONFIG_DIRS": self.folder + "/no-modules",
+                "XDG_CONFIG_DIRS": self.folder + "/empty",
                 "XDG_DATA_HOME": self.folder + "/data", "XDG_DATA_DIRS": STAGE + "/share",
                 "XDG_CACHE_HOME": self.folder + "/cache",
                 "XDG_RUNTIME_DIR": self.folder + "/runtime"}
 
+    def _install_service(self, command):
+        with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as file:
+            text = re.sub("^Exec=.*", "Exec=" + command, file.read(), flags=re.MULTILINE)
+        self._write(f"services/{NAME}.service", text)
 
     def _start_bus(self):
         address = f"unix:path={self.folder}/bus"

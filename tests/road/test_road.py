@@ -9,8 +9,8 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import (INTERFACE, LIMIT, NAME, OBJECT, Desktop, children, golden, make_link,
-                     page_link, parse_status, status_of)
+from desktop import (INTERFACE, LIMIT, NAME, OBJECT, PROGRAM, Desktop, children, golden, make_link,
+                     page_link, status_of)
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)
@@ -92,7 +92,7 @@ class RoadTest(unittest.TestCase):
         self.assertEqual(status_of(desktop.owner())["Name"], "vastel-connect")
 
     def test_open_cold_logs_only_the_links_after_the_first(self):
-        desktop = Desktop(self, service="-log")
+        desktop = Desktop(self, service=PROGRAM + " -log")
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         # What the bus starts writes where the bus does.
@@ -149,7 +149,7 @@ class RoadTest(unittest.TestCase):
         self.assertEqual(desktop.page().environment["XDG_ACTIVATION_TOKEN"], "token")
 
     def test_activate_starts_the_program_and_is_answered(self):
-        desktop = Desktop(self, service="-log")
+        desktop = Desktop(self, service=PROGRAM + " -log")
         desktop.call("Activate", GLib.Variant("(a{sv})", ({},)))
         desktop.daemon.banner()
         desktop.call("Activate", GLib.Variant("(a{sv})", ({},)))
@@ -163,7 +163,7 @@ class RoadTest(unittest.TestCase):
         self.expect_link(desktop, listener)
 
     def test_a_start_without_a_link_does_not_wait_for_one_for_long(self):
-        desktop = Desktop(self, service="-log")
+        desktop = Desktop(self, service=PROGRAM + " -log")
         desktop.ask_bus("StartServiceByName", NAME, 0)
         desktop.daemon.banner()
         self.expect_link(desktop, desktop.daemon)
@@ -238,16 +238,14 @@ class RoadTest(unittest.TestCase):
         self.expect_silence(process.end())
 
     def test_exec_with_a_service_that_fails_becomes_the_application(self):
-        desktop = Desktop(self, service=None)
-        desktop.install_service("/bin/false")
+        desktop = Desktop(self, service="/bin/false")
         process = desktop.start("-log", LINK)
         self.assertEqual(desktop.opened(), PAGE)
         process.banner()
         self.expect_link(desktop, process, "https://page.test/second")
 
     def test_exec_with_a_service_that_is_not_there_becomes_the_application(self):
-        desktop = Desktop(self, service=None)
-        desktop.install_service("/nowhere/vastel-connect")
+        desktop = Desktop(self, service="/nowhere/vastel-connect")
         process = desktop.start("-log", LINK)
         self.assertEqual(desktop.opened(), PAGE)
         process.banner()
@@ -365,7 +363,7 @@ class RoadTest(unittest.TestCase):
     def expect_opener_keeps_texts(self, *command, texts=TEXTS, **environment):
         # With and without the modules of GIO, which include the one that reads URLs as files.
         desktop = Desktop(self)
-        for modules in (None, desktop.folder + "/no-modules"):
+        for modules in (None, desktop.folder + "/empty"):
             def follow(text):
                 self.expect_silence(desktop.spawn(*command, text, GIO_MODULE_DIR=modules,
                                                   **environment).finish())
@@ -460,7 +458,7 @@ class RoadTest(unittest.TestCase):
             self.expect_silence(newest.end())
 
     def test_a_program_that_the_bus_started_has_the_links_again(self):
-        desktop = Desktop(self, service="-log")
+        desktop = Desktop(self, service=PROGRAM + " -log")
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         first = desktop.owner()
@@ -687,9 +685,8 @@ class RoadTest(unittest.TestCase):
     # How a handler is started.
 
     def expect_clean_start(self, page):
-        signals = parse_status(page.status)
-        self.assertEqual(int(signals["SigBlk"], 16), 0)
-        ignored = int(signals["SigIgn"], 16)
+        self.assertEqual(int(page.status["SigBlk"], 16), 0)
+        ignored = int(page.status["SigIgn"], 16)
         for number in (signal.SIGPIPE, signal.SIGINT, signal.SIGTERM, signal.SIGHUP,
                        signal.SIGCHLD):
             self.assertFalse(ignored >> (number - 1) & 1, number)
