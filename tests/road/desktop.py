@@ -23,6 +23,10 @@ INTERFACE = "org.freedesktop.Application"
 
 STAGE = os.environ["CONNECT_STAGE"]
 PROGRAM = STAGE + "/bin/vastel-connect"
+with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as installed:
+    SERVICE_FILE = installed.read()
+# The command with which the bus starts the program.
+SERVICE = re.search("^Exec=(.*)$", SERVICE_FILE, re.MULTILINE).group(1)
 HERE = os.path.dirname(os.path.abspath(__file__))
 DATA = os.path.join(os.path.dirname(HERE), "data")
 
@@ -151,7 +155,7 @@ class Desktop:
     `service` is the command with which the bus starts the program; None: the bus cannot start it.
     Further arguments are variables of the environment of all."""
 
-    def __init__(self, test, service=PROGRAM, bus=True, **environment):
+    def __init__(self, test, service=SERVICE, bus=True, **environment):
         self.folder = tempfile.mkdtemp(prefix="connect-test-")
         test.addCleanup(shutil.rmtree, self.folder)
         self._processes = []
@@ -312,9 +316,7 @@ exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "
                 "XDG_RUNTIME_DIR": self.folder + "/runtime"}
 
     def _install_service(self, command):
-        with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as file:
-            text = re.sub("^Exec=.*", "Exec=" + command, file.read(), flags=re.MULTILINE)
-        self._write(f"services/{NAME}.service", text)
+        self._write(f"services/{NAME}.service", SERVICE_FILE.replace(SERVICE, command))
 
     def _start_bus(self):
         address = f"unix:path={self.folder}/bus"

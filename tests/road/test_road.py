@@ -9,8 +9,8 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import (INTERFACE, LIMIT, NAME, OBJECT, PROGRAM, Desktop, children, golden, make_link,
-                     page_link, status_of)
+from desktop import (INTERFACE, LIMIT, NAME, OBJECT, PROGRAM, SERVICE, Desktop, children, golden,
+                     make_link, page_link, status_of)
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)
@@ -92,7 +92,7 @@ class RoadTest(unittest.TestCase):
         self.assertEqual(status_of(desktop.owner())["Name"], "vastel-connect")
 
     def test_open_cold_logs_only_the_links_after_the_first(self):
-        desktop = Desktop(self, service=PROGRAM + " -log")
+        desktop = Desktop(self, service=SERVICE + " -log")
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         # What the bus starts writes where the bus does.
@@ -149,7 +149,7 @@ class RoadTest(unittest.TestCase):
         self.assertEqual(desktop.page().environment["XDG_ACTIVATION_TOKEN"], "token")
 
     def test_activate_starts_the_program_and_is_answered(self):
-        desktop = Desktop(self, service=PROGRAM + " -log")
+        desktop = Desktop(self, service=SERVICE + " -log")
         desktop.call("Activate", GLib.Variant("(a{sv})", ({},)))
         desktop.daemon.banner()
         desktop.call("Activate", GLib.Variant("(a{sv})", ({},)))
@@ -163,7 +163,7 @@ class RoadTest(unittest.TestCase):
         self.expect_link(desktop, listener)
 
     def test_a_start_without_a_link_does_not_wait_for_one_for_long(self):
-        desktop = Desktop(self, service=PROGRAM + " -log")
+        desktop = Desktop(self, service=SERVICE + " -log")
         desktop.ask_bus("StartServiceByName", NAME, 0)
         desktop.daemon.banner()
         self.expect_link(desktop, desktop.daemon)
@@ -458,7 +458,7 @@ class RoadTest(unittest.TestCase):
             self.expect_silence(newest.end())
 
     def test_a_program_that_the_bus_started_has_the_links_again(self):
-        desktop = Desktop(self, service=PROGRAM + " -log")
+        desktop = Desktop(self, service=SERVICE + " -log")
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         first = desktop.owner()
