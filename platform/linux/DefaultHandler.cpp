@@ -10,6 +10,7 @@
 #include <cstdlib>
 
 #include "platform/linux/KeyFile.h"
+#include "platform/linux/Spawn.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -17,6 +18,17 @@ namespace {
 using Texts = std::vector<std::string>;
 
 constexpr std::string_view kEntryGroup = "Desktop Entry";
+
+/// Far above the length of any list of applications; each is compared with all before it.
+constexpr std::size_t kListLimit = 16384;
+
+/// Whether a value is free of blanks and of all that has a meaning of its own in a value or on a
+/// command line.
+bool isPlain(std::string_view value) {
+  constexpr std::string_view kPlain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789%+,-./:;=@_";
+  return value.find_first_not_of(kPlain) == value.npos;
+}
 
 std::string environmentText(const char* name, std::string_view fallback = "") {
   const char* value = std::getenv(name);
@@ -38,6 +50,13 @@ bool contains(const Texts& texts, std::string_view text) {
   return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
+/// False when `list` has it already.
+bool appendNew(const std::string& text, Texts& list) {
+  if (contains(list, text)) return false;
+  list.push_back(text);
+  return true;
+}
+
 /// XDG_CURRENT_DESKTOP in lower case, most specific first.
 Texts currentDesktops() {
   std::string names = environmentText("XDG_CURRENT_DESKTOP");
@@ -47,32 +66,35 @@ Texts currentDesktops() {
   return split(names, ':');
 }
 
-/// The folders that may say which application opens what, the user's first.
-struct Folders {
-  Texts config;
-  Texts applications;
+/// A folder that may say which application opens what.
+struct Folder {
+  std::string path;
+  /// Whether the applications' desktop entries are in such folders too.
+  bool holdsEntries;
 };
 
-/// Absent when a folder is not an absolute path.
-std::optional<Folders> findFolders() {
+/// The user's before the system's, those of choices before those of applications. Absent when one
+/// is not an absolute path.
+std::optional<std::vector<Folder>> findFolders() {
   const std::string home = environmentText("HOME");
-  const auto folders = [](const std::string& users, const std::string& systems) {
-    Texts all = split(systems, ':');
-    all.insert(all.begin(), users);
-    return all;
+  if (!home.starts_with('/')) return std::nullopt;
+  std::vector<Folder> folders;
+  const auto append = [&folders](const std::string& user, const std::string& system,
+                                 const std::string& below, bool holdsEntries) {
+    folders.push_back({user + below, holdsEntries});
+    for (const std::string& path : split(system, ':')) {
+      folders.push_back({path + below, holdsEntries});
+    }
   };
-  Folders found{
-      .config = folders(environmentText("XDG_CONFIG_HOME", home + "/.config"),
-                        environmentText("XDG_CONFIG_DIRS", "/etc/xdg")),
-      .applications = folders(environmentText("XDG_DATA_HOME", home + "/.local/share"),
-                              environmentText("XDG_DATA_DIRS", "/usr/local/share:/usr/share"))};
-  const auto isAbsolute = [](const std::string& path) { return path.starts_with('/'); };
-  if (!isAbsolute(home) || !std::all_of(found.config.begin(), found.config.end(), isAbsolute) ||
-      !std::all_of(found.applications.begin(), found.applications.end(), isAbsolute)) {
-    return std::nullopt;
-  }
-  for (std::string& folder : found.applications) folder += "/applications";
-  return found;
+  append(environmentText("XDG_CONFIG_HOME", home + "/.config"),
+         environmentText("XDG_CONFIG_DIRS", "/etc/xdg"), "", false);
+  append(environmentText("XDG_DATA_HOME", home + "/.local/share"),
+         environmentText("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), "/applications", true);
+
+  const bool absolute = std::all_of(folders.begin(), folders.end(), [](const Folder& folder) {
+    return folder.path.starts_with('/');
+  });
+  return absolute ? std::optional(std::move(folders)) : std::nullopt;
 }
 
 /// What the files of one folder say about one MIME type.
@@ -87,82 +109,99 @@ struct Associations {
 bool appendList(const KeyFile& file, std::string_view group, const std::string& type,
                 const Texts& except, Texts& list) {
   const std::string_view value = file.value(group, type).value_or("");
-  if (value.find_first_of("\\ \t") != value.npos) return false;
-  for (std::string& id : split(value, ';')) {
-    if (!contains(except, id) && !contains(list, id)) list.push_back(std::move(id));
+  if (value.size() > kListLimit || !isPlain(value)) return false;
+  for (const std::string& id : split(value, ';')) {
+    if (!contains(except, id)) appendNew(id, list);
   }
   return true;
 }
 
-/// False when a file is not plain.
-bool readAssociations(const std::string& path, std::string_view addedGroup, const std::string& type,
-                      Associations& result) {
-  const auto file = KeyFile::read(path);
-  return file && appendList(*file, addedGroup, type, result.removed, result.added) &&
-         appendList(*file, "Removed Associations", type, result.added, result.removed) &&
-         appendList(*file, "Default Applications", type, {}, result.defaults);
-}
-
-std::optional<Associations> readFolder(const std::string& folder, bool holdsEntries,
-                                       const std::string& type) {
-  constexpr std::string_view kAdded = "Added Associations";
+/// Absent when a file is not plain.
+std::optional<Associations> readFolder(const Folder& folder, const std::string& type) {
   Associations result;
+  const auto appendDefaults = [&](const KeyFile& file) {
+    return appendList(file, "Default Applications", type, {}, result.defaults);
+  };
+  // What belongs to one desktop has no say but in defaults.
   for (const std::string& desktop : currentDesktops()) {
-    if (!readAssociations(folder + "/" + desktop + "-mimeapps.list", kAdded, type, result)) {
-      return std::nullopt;
-    }
+    const auto file = KeyFile::read(folder.path + "/" + desktop + "-mimeapps.list");
+    if (!file || !appendDefaults(*file)) return std::nullopt;
   }
-  if (!readAssociations(folder + "/mimeapps.list", kAdded, type, result)) return std::nullopt;
-  if (holdsEntries && (!readAssociations(folder + "/defaults.list", kAdded, type, result) ||
-                       !readAssociations(folder + "/mimeinfo.cache", "MIME Cache", type, result))) {
+  const auto file = KeyFile::read(folder.path + "/mimeapps.list");
+  if (!file || !appendDefaults(*file) ||
+      !appendList(*file, "Added Associations", type, {}, result.added) ||
+      !appendList(*file, "Removed Associations", type, result.added, result.removed)) {
+    return std::nullopt;
+  }
+  if (!folder.holdsEntries) return result;
+
+  const auto old = KeyFile::read(folder.path + "/defaults.list");
+  const auto cache = KeyFile::read(folder.path + "/mimeinfo.cache");
+  if (!old || !appendDefaults(*old) || !cache ||
+      !appendList(*cache, "MIME Cache", type, result.removed, result.added)) {
     return std::nullopt;
   }
   return result;
 }
 
+/// A desktop entry that may be the one.
+struct Candidate {
+  std::string id;
+  /// The number of the first folder whose entry of that name was meant: those before it must not
+  /// have one.
+  std::size_t firstFolder = 0;
+};
+
 /// The desktop entries to be tried for a type, best first; absent when a file is not plain.
-std::optional<Texts> findCandidates(const Folders& folders, const std::string& type) {
+std::optional<std::vector<Candidate>> findCandidates(const std::vector<Folder>& folders,
+                                                     const std::string& type) {
   std::vector<Associations> all;
-  for (const bool holdsEntries : {false, true}) {
-    for (const auto& folder : holdsEntries ? folders.applications : folders.config) {
-      auto associations = readFolder(folder, holdsEntries, type);
-      if (!associations) return std::nullopt;
-      all.push_back(std::move(*associations));
+  for (const Folder& folder : folders) {
+    auto associations = readFolder(folder, type);
+    if (!associations) return std::nullopt;
+    all.push_back(std::move(*associations));
+  }
+  std::vector<Candidate> candidates;
+  Texts decided;
+  for (const auto& associations : all) {
+    for (const std::string& id : associations.defaults) {
+      if (appendNew(id, decided)) candidates.push_back({.id = id});
     }
   }
-  Texts candidates;
-  Texts removed;
-  const auto append = [](const Texts& ids, const Texts& except, Texts& list) {
-    for (const auto& id : ids) {
-      if (!contains(except, id) && !contains(list, id)) list.push_back(id);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    for (const std::string& id : all[i].added) {
+      if (appendNew(id, decided)) candidates.push_back({.id = id, .firstFolder = i});
     }
-  };
-  for (const auto& associations : all) append(associations.defaults, {}, candidates);
-  for (const auto& associations : all) {
-    append(associations.added, removed, candidates);
-    append(associations.removed, candidates, removed);
+    for (const std::string& id : all[i].removed) appendNew(id, decided);
   }
   return candidates;
 }
 
-/// Whether an entry "a-b.desktop" could also be the file "b.desktop" in a folder "a".
-bool mayStandInSubfolder(const std::string& folder, const std::string& id) {
-  for (std::size_t dash = id.find('-'); dash != id.npos; dash = id.find('-', dash + 1)) {
+/// The number of the first folder that has an entry, be it a broken one; the number of folders when
+/// none has. Absent when "a-b.desktop" could also be the file "b.desktop" in a folder "a".
+std::optional<std::size_t> findEntry(const std::vector<Folder>& folders, const std::string& id) {
+  const auto exists = [](const std::string& path) {
     struct stat status {};
-    if (::stat((folder + "/" + id.substr(0, dash)).c_str(), &status) == 0) return true;
+    return ::lstat(path.c_str(), &status) == 0;
+  };
+  if (!id.ends_with(".desktop") || id.find('/') != id.npos) return std::nullopt;
+  for (std::size_t i = 0; i < folders.size(); ++i) {
+    if (!folders[i].holdsEntries) continue;
+    for (std::size_t dash = id.find('-'); dash != id.npos; dash = id.find('-', dash + 1)) {
+      if (exists(folders[i].path + "/" + id.substr(0, dash))) return std::nullopt;
+    }
+    if (exists(folders[i].path + "/" + id)) return i;
   }
-  return false;
+  return folders.size();
 }
 
 /// The words of an Exec line with `url` for its one field code; absent for a line with quotes,
 /// another field code, or a URL elsewhere than in a word of its own.
 std::optional<Texts> commandLine(std::string_view exec, std::string_view url) {
-  constexpr std::string_view kPlainCharacters =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 %+,-./:=@_";
-  if (exec.find_first_not_of(kPlainCharacters) != exec.npos) return std::nullopt;
   Texts words = split(exec, ' ');
   int urls = 0;
   for (std::string& word : words) {
+    if (!isPlain(word)) return std::nullopt;
     if (word == "%u" || word == "%U") {
       word = url;
       ++urls;
@@ -178,11 +217,12 @@ std::optional<DefaultHandler> readHandler(const KeyFile& entry, std::string_view
   const auto value = [&entry](std::string_view key, std::string_view fallback) {
     return entry.value(kEntryGroup, key).value_or(fallback);
   };
-  const bool plain = value("Type", "") == "Application" && value("Hidden", "false") == "false" &&
-                     value("Terminal", "false") == "false" &&
+  const bool plain = entry.firstGroup() == kEntryGroup && value("Type", "") == "Application" &&
+                     value("Hidden", "false") == "false" && value("Terminal", "false") == "false" &&
                      value("DBusActivatable", "false") == "false" && value("Path", "").empty();
   const std::string_view tryExec = value("TryExec", "");
-  if (!plain || (!tryExec.empty() && !findProgram(std::string(tryExec)))) return std::nullopt;
+  if (!plain || !isPlain(tryExec)) return std::nullopt;
+  if (!tryExec.empty() && !findProgram(std::string(tryExec))) return std::nullopt;
 
   auto words = commandLine(value("Exec", ""), url);
   if (!words) return std::nullopt;
@@ -208,30 +248,15 @@ std::optional<DefaultHandler> findDefaultHandler(std::string_view scheme, std::s
   const auto candidates = findCandidates(*folders, "x-scheme-handler/" + std::string(scheme));
   if (!candidates) return std::nullopt;
 
-  for (const std::string& id : *candidates) {
-    for (const std::string& folder : folders->applications) {
-      if (id.find('/') != id.npos || mayStandInSubfolder(folder, id)) return std::nullopt;
-      const auto entry = KeyFile::read(folder + "/" + id);
-      if (!entry) return std::nullopt;
-      if (!entry->exists()) continue;
-      auto handler = readHandler(*entry, url);
-      if (handler) handler->application = id.substr(0, id.rfind(".desktop"));
-      return handler;
-    }
-  }
-  return std::nullopt;
-}
-
-std::optional<std::string> findProgram(const std::string& name) {
-  const auto isExecutable = [](const std::string& path) {
-    struct stat status {};
-    return ::access(path.c_str(), X_OK) == 0 && ::stat(path.c_str(), &status) == 0 &&
-           S_ISREG(status.st_mode);
-  };
-  if (name.starts_with('/')) return isExecutable(name) ? std::optional(name) : std::nullopt;
-  if (name.empty() || name.find('/') != name.npos) return std::nullopt;
-  for (const std::string& folder : split(environmentText("PATH"), ':')) {
-    if (std::string path = folder + "/" + name; isExecutable(path)) return path;
+  for (const auto& [id, firstFolder] : *candidates) {
+    const auto found = findEntry(*folders, id);
+    if (!found) return std::nullopt;
+    if (*found == folders->size() || *found < firstFolder) continue;
+    const auto entry = KeyFile::read((*folders)[*found].path + "/" + id);
+    if (!entry) return std::nullopt;
+    auto handler = readHandler(*entry, url);
+    if (handler) handler->application = id.substr(0, id.rfind(".desktop"));
+    return handler;
   }
   return std::nullopt;
 }

@@ -24,10 +24,6 @@ struct DefaultHandler {
 [[nodiscard]] std::optional<DefaultHandler> findDefaultHandler(std::string_view scheme,
                                                                std::string_view url);
 
-/// The absolute path of an executable that is named by a path or is found in PATH; absent when
-/// there is none.
-[[nodiscard]] std::optional<std::string> findProgram(const std::string& name);
-
 /// Whether the desktop keeps a choice of browser of its own beside the freedesktop files, which
 /// only its own opener follows: KDE does.
 [[nodiscard]] bool desktopHasOwnBrowserChoice(std::string_view scheme);

@@ -11,11 +11,14 @@ namespace Vastel_Connect {
 /// same way.
 class KeyFile {
  public:
-  /// Absent when the file is there but has a line that is none of the form, or cannot be read.
+  /// A file that is missing holds no keys. Absent when it is there but has a line that is none of
+  /// the form, is no regular file, is too long or cannot be read.
   [[nodiscard]] static std::optional<KeyFile> read(const std::string& path);
 
-  /// Whether there is such a file. One that is missing holds no keys.
-  [[nodiscard]] bool exists() const { return exists_; }
+  /// The name of the first group; empty when there is none.
+  [[nodiscard]] std::string_view firstGroup() const {
+    return firstGroup_ ? view(*firstGroup_) : std::string_view();
+  }
 
   /// The value of a key as it stands, the last one where the key is repeated; absent when it has
   /// none. Borrowed from this object.
@@ -40,8 +43,8 @@ class KeyFile {
   /// Fills `entries_` from `text_`; false for a line that is none of the form.
   [[nodiscard]] bool parse();
 
-  bool exists_ = false;
   std::string text_;
+  std::optional<Range> firstGroup_;
   std::vector<Entry> entries_;
 };
 

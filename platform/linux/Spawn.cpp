@@ -2,14 +2,23 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <iterator>
+#include <sstream>
 
 namespace Vastel_Connect {
 namespace {
+
+bool isExecutable(const std::string& path) {
+  struct stat status {};
+  return ::access(path.c_str(), X_OK) == 0 && ::stat(path.c_str(), &status) == 0 &&
+         S_ISREG(status.st_mode);
+}
 
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
   std::vector<char*> result;
@@ -61,6 +70,18 @@ class Detached {
 };
 
 }  // namespace
+
+std::optional<std::string> findProgram(const std::string& name) {
+  if (name.starts_with('/')) return isExecutable(name) ? std::optional(name) : std::nullopt;
+  const char* path = std::getenv("PATH");
+  if (path == nullptr || name.empty() || name.find('/') != name.npos) return std::nullopt;
+  std::istringstream folders(path);
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    std::string program = folder + "/" + name;
+    if (folder.starts_with('/') && isExecutable(program)) return program;
+  }
+  return std::nullopt;
+}
 
 std::optional<pid_t> spawnProgram(const std::string& program,
                                   const std::vector<std::string>& arguments,
