@@ -1,0 +1,248 @@
+// Tests platform/linux/DefaultHandler.h: the rules that do not need GIO for a judge.
+#include "platform/linux/DefaultHandler.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/linux/PrivateFolder.h"
+
+namespace Vastel_Connect {
+namespace {
+
+constexpr std::string_view kUrl = "http://127.0.0.1/?a='b'&c=\"$(d)\"";
+
+/// A desktop of a user whose default handler of http is the application "alpha".
+class DefaultHandlerOfHttp : public testing::Test {
+ protected:
+  DefaultHandlerOfHttp() {
+    environment.set("HOME", folder.path("home"));
+    environment.set("XDG_CONFIG_HOME", folder.path("config"));
+    environment.set("XDG_CONFIG_DIRS", folder.path("etc"));
+    environment.set("XDG_DATA_HOME", folder.path("data"));
+    environment.set("XDG_DATA_DIRS", folder.path("share"));
+    environment.set("PATH", folder.path("bin"));
+    for (const char* name : {"XDG_CURRENT_DESKTOP", "SNAP", "GTK_USE_PORTAL"}) {
+      environment.set(name, std::nullopt);
+    }
+    for (const char* name : {"one", "env"}) makeExecutable(std::string("bin/") + name);
+    folder.write("config/mimeapps.list",
+                 "[Default Applications]\nx-scheme-handler/http=alpha.desktop;\n");
+    writeEntry("Exec=one %u");
+  }
+
+  void makeExecutable(const std::string& name) { ::chmod(folder.write(name, "").c_str(), 0700); }
+
+  void writeEntry(const std::string& lines) {
+    folder.write("share/applications/alpha.desktop",
+                 "[Desktop Entry]\nType=Application\nName=A\n" + lines + "\n");
+  }
+
+  /// The command line that `exec` comes to, its words in <>; "not plain".
+  std::string command(const std::string& exec) {
+    writeEntry("Exec=" + exec);
+    const auto handler = findDefaultHandler("http", kUrl);
+    if (!handler) return "not plain";
+    std::string text = std::filesystem::relative(handler->program, folder.path("."));
+    for (const std::string& argument : handler->arguments) {
+      text += " <" + (argument == kUrl ? "URL" : argument) + ">";
+    }
+    return text;
+  }
+
+  [[nodiscard]] static bool isPlain(std::string_view scheme = "http") {
+    return findDefaultHandler(scheme, kUrl).has_value();
+  }
+
+  PrivateFolder folder;
+  ScopedEnvironment environment;
+};
+
+TEST_F(DefaultHandlerOfHttp, IsTheApplicationThatTheUserChose) {
+  const auto handler = findDefaultHandler("http", kUrl);
+  ASSERT_TRUE(handler);
+  EXPECT_EQ(handler->application, "alpha");
+  EXPECT_EQ(handler->program, folder.path("bin/one"));
+  EXPECT_EQ(handler->arguments, (std::vector<std::string>{"one", std::string(kUrl)}));
+}
+
+TEST_F(DefaultHandlerOfHttp, GetsTheUrlAsOneWord) {
+  makeExecutable("usr/bin/chromium");
+  const std::string chromium = folder.path("usr/bin/chromium");
+  const struct {
+    std::string exec;
+    std::string command;
+  } rows[] = {
+      {"one %u", "bin/one <one> <URL>"},
+      {"one %U", "bin/one <one> <URL>"},
+      {"  one   --new  %u  -x ", "bin/one <one> <--new> <URL> <-x>"},
+      {chromium + " %U", "usr/bin/chromium <" + chromium + "> <URL>"},
+      {"env A=/b/c.desktop one %u", "bin/env <env> <A=/b/c.desktop> <one> <URL>"},
+      {"one @@u %u @@", "bin/one <one> <@@u> <URL> <@@>"},
+  };
+  for (const auto& [exec, expected] : rows) EXPECT_EQ(command(exec), expected) << exec;
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualCommandLine) {
+  const std::string_view execs[] = {
+      "",           "one",          "%u",         "%u one",
+      "one %f",     "one %F",       "one %",      "one %% %u",
+      "one %i %u",  "one %c %u",    "one %k %u",  "one --url=%u",
+      "one %u%u",   "one %u %u",    "one \"%u\"", "\"one\" %u",
+      "one 'a' %u", "one a\\sb %u", "one\t%u",    "one $A %u",
+      "one ~ %u",   "one `a` %u",   "one a|b %u", "one a&b %u",
+      "none %u",    "/none/one %u", "bin/one %u", "./one %u",
+      "bin %u",     "one * %u",     "one # %u",   "one \xc3\xbc %u",
+  };
+  for (const std::string_view exec : execs) {
+    EXPECT_EQ(command(std::string(exec)), "not plain") << exec;
+  }
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualKey) {
+  const std::string_view keys[] = {
+      "Terminal=true",  "Terminal=1",     "DBusActivatable=true", "Hidden=true",     "Path=/tmp",
+      "TryExec=none",   "TryExec=o\\sne", "TryExec=/none",        "Type=Link",       "Type=",
+      "no equals sign", "[Broken",        "DBusActivatable=True", "Hidden=false \t",
+  };
+  for (const std::string_view key : keys) {
+    writeEntry("Exec=one %u\n" + std::string(key));
+    EXPECT_FALSE(isPlain()) << key;
+  }
+  writeEntry(
+      "Exec=one %u\nTerminal=false\nDBusActivatable=false\nHidden=false\nPath=\nTryExec=one\n"
+      "NoDisplay=true\nStartupNotify=true\nName[de]=\xff\n\n[Desktop Action new]\nExec=none");
+  EXPECT_TRUE(isPlain());
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnUnusualEnvironment) {
+  const struct {
+    const char* name;
+    std::optional<std::string> value;
+  } rows[] = {
+      {"HOME", std::nullopt},
+      {"HOME", "home"},
+      {"XDG_CONFIG_HOME", "config"},
+      {"XDG_CONFIG_DIRS", "/etc/none:etc"},
+      {"XDG_DATA_HOME", "data"},
+      {"XDG_DATA_DIRS", folder.path("share") + ":share"},
+      {"PATH", std::nullopt},
+      {"PATH", ""},
+      {"PATH", "bin"},
+      {"SNAP", "/snap/connect"},
+      {"GTK_USE_PORTAL", "1"},
+      {"XDG_CURRENT_DESKTOP", "KDE"},
+      {"XDG_CURRENT_DESKTOP", "Other:KDE"},
+  };
+  for (const auto& [name, value] : rows) {
+    ScopedEnvironment other;
+    other.set(name, value);
+    EXPECT_FALSE(isPlain()) << name << "=" << value.value_or("(not set)");
+  }
+  EXPECT_TRUE(isPlain());
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNotThatOfAnotherScheme) {
+  EXPECT_FALSE(isPlain("https"));
+  EXPECT_FALSE(isPlain("htt"));
+  EXPECT_FALSE(isPlain(""));
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNeverThatOfAFile) {
+  folder.write("config/mimeapps.list",
+               "[Default Applications]\nx-scheme-handler/file=alpha.desktop;\n");
+  EXPECT_FALSE(isPlain("file"));
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualName) {
+  writeEntry("Exec=one %u");
+  const std::string text = folder.read("share/applications/alpha.desktop");
+  const std::string_view ids[] = {
+      "alpha",
+      "../applications/alpha.desktop",
+      "sub/alpha.desktop",
+      "al pha.desktop",
+      "..",
+      "al\\spha.desktop",
+      "\xc3\xbc.desktop",
+      "/alpha.desktop",
+  };
+  for (const std::string_view id : ids) {
+    folder.write("share/applications/" + std::string(id == ".." ? "x" : id), text);
+    folder.write("config/mimeapps.list",
+                 "[Default Applications]\nx-scheme-handler/http=" + std::string(id) + "\n");
+    EXPECT_FALSE(isPlain()) << id;
+  }
+}
+
+// A folder "alpha" could hold a "beta.desktop", and which of both is meant depends on the reader.
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWhereItCouldStandInASubfolder) {
+  folder.write("config/mimeapps.list",
+               "[Default Applications]\nx-scheme-handler/http=alpha-beta.desktop\n");
+  folder.write("share/applications/alpha-beta.desktop",
+               "[Desktop Entry]\nType=Application\nExec=one %u\n");
+  EXPECT_TRUE(isPlain());
+  std::filesystem::create_directory(folder.path("share/applications/alpha"));
+  EXPECT_FALSE(isPlain());
+}
+
+// Some readers would wait for a writer, read for ever, or stop there.
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileFile) {
+  const std::string_view names[] = {
+      "config/mimeapps.list",
+      "config/made-mimeapps.list",
+      "etc/mimeapps.list",
+      "data/applications/mimeapps.list",
+      "share/applications/defaults.list",
+      "share/applications/mimeinfo.cache",
+      "data/applications/alpha.desktop",
+  };
+  environment.set("XDG_CURRENT_DESKTOP", "Made");
+  for (const std::string_view name : names) {
+    ASSERT_TRUE(isPlain());
+    const std::string path = folder.write(name, "");
+    std::filesystem::remove(path);
+
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    EXPECT_FALSE(isPlain()) << "FIFO " << path;
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    EXPECT_FALSE(isPlain()) << "folder " << path;
+    std::filesystem::remove(path);
+    for (const std::string& target : {path, std::string("/dev/zero")}) {
+      std::filesystem::create_symlink(target, path);
+      EXPECT_FALSE(isPlain()) << target << " for " << path;
+      std::filesystem::remove(path);
+    }
+    folder.write(name, "[Desktop Entry]\nType=Application\nName=" + std::string(1 << 20, 'x'));
+    EXPECT_FALSE(isPlain()) << "huge " << path;
+    folder.write(name,
+                 "\x7f"
+                 "ELF\x02\x01\x01");
+    EXPECT_FALSE(isPlain()) << "binary " << path;
+
+    std::filesystem::remove(path);
+    if (name == "config/mimeapps.list") {
+      folder.write(name, "[Default Applications]\nx-scheme-handler/http=alpha.desktop;\n");
+    }
+  }
+}
+
+TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnEndlessList) {
+  std::string list = "[Default Applications]\nx-scheme-handler/http=alpha.desktop;";
+  for (int i = 0; i < 2000; ++i) list += std::to_string(i) + ".desktop;";
+  folder.write("config/mimeapps.list", list);
+  EXPECT_FALSE(isPlain());
+}
+
+TEST(DesktopHasOwnBrowserChoice, OnKdeForWebPages) {
+  ScopedEnvironment environment;
+  environment.set("XDG_CURRENT_DESKTOP", "Other:kDe");
+  EXPECT_TRUE(desktopHasOwnBrowserChoice("http"));
+  EXPECT_TRUE(desktopHasOwnBrowserChoice("https"));
+  EXPECT_FALSE(desktopHasOwnBrowserChoice("mailto"));
+  environment.set("XDG_CURRENT_DESKTOP", "GNOME:KDEX");
+  EXPECT_FALSE(desktopHasOwnBrowserChoice("http"));
+}
+
+}  // namespace
+}  // namespace Vastel_Connect

@@ -1,0 +1,125 @@
+// Tests platform/linux/KeyFile.h.
+#include "platform/linux/KeyFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/linux/PrivateFolder.h"
+
+namespace Vastel_Connect {
+namespace {
+
+class KeyFileOnDisk : public testing::Test {
+ protected:
+  std::optional<KeyFile> read(std::string_view content) {
+    return KeyFile::read(folder.write("file", content));
+  }
+
+  /// The value of "key" in "[group]", "none" without one, "refused" when the file is.
+  std::string valueIn(std::string_view content) {
+    const auto file = read(content);
+    return file ? std::string(file->value("group", "key").value_or("none")) : "refused";
+  }
+
+  PrivateFolder folder;
+};
+
+TEST_F(KeyFileOnDisk, FindsTheValueThatGLibFinds) {
+  const struct {
+    std::string_view content;
+    std::string_view value;
+  } rows[] = {
+      {"[group]\nkey=value\n", "value"},
+      {"[group]\nkey=value", "value"},
+      {"[group]\nkey \t= \tvalue", "value"},
+      {"[group]\nkey=value \t\n", "value \t"},
+      {"[group]\nkey=a=b\n", "a=b"},
+      {"[group]\nkey==\n", "="},
+      {"[group]\nkey=\n", ""},
+      {"[group]\nkey= \n", ""},
+      {"[group]\nkey=\\s\xff\n", "\\s\xff"},
+      {"\n# comment\n[group]\n#key=no\n\nkey=value\n", "value"},
+      {"[group]\nkey=first\nkey=last\n", "last"},
+      {"[group]\nkey=first\n[other]\nkey=other\n[group]\nkey=last\n", "last"},
+      {"[group]\nkey=value\nkey[de]=Wert\n", "value"},
+      {"[group]\nkey=value\n[group]\n", "value"},
+      {"[group]\nkeys=value\n", "none"},
+      {"[groups]\nkey=value\n", "none"},
+      {"[ group]\nkey=value\n", "none"},
+      {"[other]\nkey=value\n[group]\n", "none"},
+      {"# only a comment", "none"},
+      {"\n\n", "none"},
+      {"", "none"},
+  };
+  for (const auto& [content, value] : rows) EXPECT_EQ(valueIn(content), value) << content;
+}
+
+TEST_F(KeyFileOnDisk, RefusesWhatReadersTakeDifferently) {
+  const std::string_view lines[] = {
+      "no equals sign", "=value",     " key=value",   "\tkey=value",  "  ",        "key\r",
+      "key=value\r",    "[other",     "[other] ",     "[]",           "[o[ther]",  "[o]ther]",
+      "[o\tther]",      "[\xc3\xbc]", "k[de=value",   "k[de]y=value", "k[]=value", "k[d]e]=v",
+      "k [de]=value",   "k]=value",   "a key=value",  "k\xff=value",  "key=\v",    "key=a\fb",
+      "\xef\xbb\xbf",   "[",          "other]=value",
+  };
+  for (const std::string_view line : lines) {
+    EXPECT_EQ(valueIn("[group]\nkey=value\n" + std::string(line) + "\n"), "refused") << line;
+  }
+  EXPECT_EQ(valueIn("key=before any group\n[group]\nkey=value\n"), "refused");
+  EXPECT_EQ(valueIn(std::string_view("[group]\nkey=a\0b\n", 17)), "refused");
+}
+
+TEST_F(KeyFileOnDisk, KnowsItsFirstGroup) {
+  EXPECT_EQ(read("# comment\n\n[first]\n[group]\nkey=value\n")->firstGroup(), "first");
+  EXPECT_EQ(read("# comment\n")->firstGroup(), "");
+}
+
+TEST_F(KeyFileOnDisk, HoldsNoKeysWhereThereIsNoFile) {
+  for (const std::string_view missing : {"none", "none/file", "file/below"}) {
+    folder.write("file", "[group]\nkey=value\n");
+    const auto file = KeyFile::read(folder.path(missing));
+    ASSERT_TRUE(file) << missing;
+    EXPECT_EQ(file->firstGroup(), "");
+    EXPECT_EQ(file->value("group", "key"), std::nullopt);
+  }
+}
+
+TEST_F(KeyFileOnDisk, ReadsThroughALink) {
+  folder.write("target", "[group]\nkey=value\n");
+  std::filesystem::create_symlink("target", folder.path("link"));
+  EXPECT_EQ(KeyFile::read(folder.path("link"))->value("group", "key"), "value");
+}
+
+TEST_F(KeyFileOnDisk, KeepsItsTextWhenItIsMoved) {
+  auto file = read("[g]\nk=v\n");
+  const KeyFile moved = std::move(*file);
+  EXPECT_EQ(moved.value("g", "k"), "v");
+}
+
+// A FIFO without a writer would block whoever opens it in the usual way.
+TEST_F(KeyFileOnDisk, RefusesWhatIsNoRegularFile) {
+  ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+  std::filesystem::create_directory(folder.path("folder"));
+  std::filesystem::create_symlink("loop", folder.path("loop"));
+  for (const std::string& path : {folder.path("fifo"), folder.path("folder"), folder.path("loop"),
+                                  std::string("/dev/zero"), std::string("/dev/null")}) {
+    EXPECT_FALSE(KeyFile::read(path)) << path;
+  }
+}
+
+TEST_F(KeyFileOnDisk, RefusesAFileThatItMayNotRead) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root may read everything";
+  ::chmod(folder.write("file", "[group]\n").c_str(), 0);
+  EXPECT_FALSE(KeyFile::read(folder.path("file")));
+}
+
+TEST_F(KeyFileOnDisk, RefusesATextOfMoreThanAMebibyte) {
+  const std::string start = "[group]\nkey=";
+  const std::string longest((std::size_t{1} << 20) - start.size(), 'x');
+  EXPECT_EQ(valueIn(start + longest), longest);
+  EXPECT_EQ(valueIn(start + longest + "x"), "refused");
+}
+
+}  // namespace
+}  // namespace Vastel_Connect

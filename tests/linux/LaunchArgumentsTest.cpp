@@ -1,0 +1,106 @@
+// Tests platform/linux/LaunchArguments.h.
+#include "platform/linux/LaunchArguments.h"
+
+#include <gtest/gtest.h>
+
+namespace Vastel_Connect {
+namespace {
+
+TEST(SchemeLength, IsThatOfAnRfc3986Scheme) {
+  const struct {
+    std::string_view text;
+    std::size_t length;
+  } rows[] = {
+      {"screenpop:", 9},
+      {"screenpop:x", 9},
+      {"SCREENPOP:x", 9},
+      {"s:", 1},
+      {"a1+-.z:b:c", 6},
+      {"http://h/", 4},
+      {"A:\\b", 1},
+      {"x:\xff", 1},
+      {"", 0},
+      {":", 0},
+      {":x", 0},
+      {"screenpop", 0},
+      {"1a:", 0},
+      {"-log", 0},
+      {"--a:b", 0},
+      {"+a:", 0},
+      {".a:", 0},
+      {"a_b:", 0},
+      {"a b:", 0},
+      {" a:", 0},
+      {"a/b:c", 0},
+      {"a%20:", 0},
+      {"\xc3\xbc:", 0},
+      {"a\xc3\xbc:", 0},
+      {"/usr/bin/a:b", 0},
+      {"a\n:", 0},
+      {"[a:", 0},
+      {"@a:", 0},
+  };
+  for (const auto& [text, length] : rows) EXPECT_EQ(schemeLength(text), length) << text;
+}
+
+LaunchArguments read(std::vector<std::string> arguments) {
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  return readLaunchArguments(static_cast<int>(arguments.size()), argv.data());
+}
+
+using Texts = std::vector<std::string>;
+
+TEST(ReadLaunchArguments, TellsLinksFromSwitches) {
+  const Texts all = {"/usr/bin/vastel-connect", "-log", "screenpop:a", "path", "", "http://h/"};
+  const LaunchArguments arguments = read(all);
+  EXPECT_EQ(arguments.all, all);
+  EXPECT_EQ(arguments.links, (Texts{"screenpop:a", "http://h/"}));
+  EXPECT_TRUE(arguments.startedWithLink);
+}
+
+TEST(ReadLaunchArguments, FindsNoLinkAmongSwitches) {
+  const LaunchArguments arguments = read({"vastel-connect", "-log", "-help"});
+  EXPECT_EQ(arguments.links, Texts());
+  EXPECT_FALSE(arguments.startedWithLink);
+}
+
+TEST(ReadLaunchArguments, TakesTheProgramForNoLink) {
+  const LaunchArguments arguments = read({"screenpop:a"});
+  EXPECT_EQ(arguments.all, Texts{"screenpop:a"});
+  EXPECT_EQ(arguments.links, Texts());
+  EXPECT_FALSE(arguments.startedWithLink);
+}
+
+TEST(ReadLaunchArguments, KeepsTheOrderAndRepetitionOfLinks) {
+  EXPECT_EQ(read({"", "s:b", "s:a", "s:b"}).links, (Texts{"s:b", "s:a", "s:b"}));
+}
+
+TEST(ReadLaunchArguments, RefusesWhatIsNotUtf8AndSaysSo) {
+  testing::internal::CaptureStderr();
+  const LaunchArguments arguments =
+      read({"program", "screenpop:\xff", "-x\xc3", "screenpop:\xc3\xbc"});
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "vastel-connect: argument 1 is not UTF-8: ignored\n"
+            "vastel-connect: argument 2 is not UTF-8: ignored\n");
+  EXPECT_EQ(arguments.all, (Texts{"program", "screenpop:\xc3\xbc"}));
+  EXPECT_EQ(arguments.links, (Texts{"screenpop:\xc3\xbc"}));
+}
+
+TEST(ReadLaunchArguments, RemembersALinkThatItRefused) {
+  testing::internal::CaptureStderr();
+  const LaunchArguments arguments = read({"program", "screenpop:\xff"});
+  EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(arguments.links, Texts());
+  EXPECT_TRUE(arguments.startedWithLink);
+}
+
+TEST(ReadLaunchArguments, TakesNoArgumentsAtAll) {
+  const LaunchArguments arguments = read({});
+  EXPECT_EQ(arguments.all, Texts());
+  EXPECT_FALSE(arguments.startedWithLink);
+}
+
+}  // namespace
+}  // namespace Vastel_Connect

@@ -1,0 +1,148 @@
+// Tests platform/linux/Spawn.h.
+#include "platform/linux/Spawn.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/linux/PrivateFolder.h"
+
+namespace Vastel_Connect {
+namespace {
+
+/// What a shell script that is started as a handler is writes to its first argument.
+std::string outputOf(const std::string& script, const ActivationToken& token = {}) {
+  const PrivateFolder folder;
+  const auto child = spawnProgram(
+      "/bin/sh", {"sh", "-c", "exec >\"$1\"; " + script, "sh", folder.path("out")}, token);
+  EXPECT_TRUE(child);
+  int status = -1;
+  EXPECT_EQ(::waitpid(child.value_or(-1), &status, 0), child);
+  EXPECT_EQ(status, 0);
+  return folder.read("out");
+}
+
+TEST(SpawnProgram, IsAbsentWhenTheProgramIsMissing) {
+  EXPECT_EQ(spawnProgram("/none/program", {"program"}, {}), std::nullopt);
+}
+
+TEST(SpawnProgram, IsAbsentWhenAnArgumentIsTooLongForTheKernel) {
+  EXPECT_EQ(spawnProgram("/bin/true", {"true", std::string(1 << 20, 'x')}, {}), std::nullopt);
+}
+
+TEST(SpawnProgram, HandsArgumentsOnAsTheyAre) {
+  const PrivateFolder folder;
+  const std::vector<std::string> arguments = {"sh",
+                                              "-c",
+                                              "for a; do printf '<%s>' \"$a\"; done >\"$0\"",
+                                              folder.path("out"),
+                                              "a b",
+                                              "",
+                                              "$(c)",
+                                              "'",
+                                              "\\",
+                                              "*",
+                                              "\xff"};
+  const auto child = spawnProgram("/bin/sh", arguments, {});
+  ASSERT_TRUE(child);
+  EXPECT_EQ(::waitpid(*child, nullptr, 0), *child);
+  EXPECT_EQ(folder.read("out"), "<a b><><$(c)><'><\\><*><\xff>");
+}
+
+TEST(SpawnProgram, GivesItASessionOfItsOwn) {
+  EXPECT_EQ(outputOf("test \"$(cut -d' ' -f6 /proc/$$/stat)\" = $$ && echo leads"), "leads\n");
+}
+
+TEST(SpawnProgram, GivesItNoStreamOrDescriptorOfOurs) {
+  const int ours = ::open("/dev/null", O_RDONLY);
+  ASSERT_GE(ours, 0);
+  const std::string number = std::to_string(ours);
+  EXPECT_EQ(outputOf("readlink /proc/$$/fd/0 /proc/$$/fd/2 /proc/$$/fd/" + number + "; :"),
+            "/dev/null\n/dev/null\n");
+  ::close(ours);
+}
+
+TEST(SpawnProgram, GivesItTheSignalsAsAtTheStart) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ::sigprocmask(SIG_BLOCK, &all, &before);
+  const auto old = ::signal(SIGPIPE, SIG_IGN);
+  const std::string state =
+      outputOf("sh -c 'kill -PIPE $$'; kill -l $?; exec grep SigBlk /proc/self/status");
+  ::signal(SIGPIPE, old);
+  ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  EXPECT_EQ(state, "PIPE\nSigBlk:\t0000000000000000\n");
+}
+
+TEST(SpawnProgram, PassesTheTokenOn) {
+  EXPECT_EQ(outputOf("echo \"$XDG_ACTIVATION_TOKEN $DESKTOP_STARTUP_ID\"",
+                     {.activationToken = "token", .startupId = "id"}),
+            "token id\n");
+  EXPECT_EQ(outputOf("echo ${XDG_ACTIVATION_TOKEN-none} ${DESKTOP_STARTUP_ID-none}",
+                     {.activationToken = {}, .startupId = "id"}),
+            "none id\n");
+}
+
+TEST(LetKernelReapChildren, LeavesNoZombie) {
+  letKernelReapChildren();
+  const auto child = spawnProgram("/bin/true", {"true"}, {});
+  ASSERT_TRUE(child);
+  errno = 0;
+  EXPECT_EQ(::waitpid(*child, nullptr, 0), -1);
+  EXPECT_EQ(errno, ECHILD);
+  ::signal(SIGCHLD, SIG_DFL);
+}
+
+class FindProgram : public testing::Test {
+ protected:
+  FindProgram() {
+    ::chmod(folder.write("bin/program", "").c_str(), 0700);
+    ::chmod(folder.write("later/program", "").c_str(), 0700);
+    folder.write("bin/plain", "");
+    std::filesystem::create_directory(folder.path("bin/folder"));
+    environment.set("PATH",
+                    folder.path("none") + ":" + folder.path("bin") + ":" + folder.path("later"));
+  }
+
+  PrivateFolder folder;
+  ScopedEnvironment environment;
+};
+
+TEST_F(FindProgram, TakesTheFirstInPath) {
+  EXPECT_EQ(findProgram("program"), folder.path("bin/program"));
+}
+
+TEST_F(FindProgram, TakesAnAbsolutePathAsItIs) {
+  EXPECT_EQ(findProgram(folder.path("later/program")), folder.path("later/program"));
+}
+
+TEST_F(FindProgram, IsAbsentForAnythingElse) {
+  for (const std::string& name :
+       {std::string(), std::string("none"), std::string("plain"), std::string("folder"),
+        std::string("bin/program"), std::string("./program"), folder.path("bin/plain"),
+        folder.path("bin/folder"), folder.path("none")}) {
+    EXPECT_EQ(findProgram(name), std::nullopt) << name;
+  }
+}
+
+TEST_F(FindProgram, PassesOverRelativeFolders) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path("later"));
+  environment.set("PATH", ":.:../later:" + folder.path("bin"));
+  EXPECT_EQ(findProgram("program"), folder.path("bin/program"));
+  environment.set("PATH", ":.:../later:");
+  EXPECT_EQ(findProgram("program"), std::nullopt);
+  std::filesystem::current_path(before);
+}
+
+TEST_F(FindProgram, IsAbsentWithoutPath) {
+  environment.set("PATH", std::nullopt);
+  EXPECT_EQ(findProgram("program"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace Vastel_Connect
