@@ -13,35 +13,56 @@ namespace {
 /// Far above what a desktop with all its applications has in one file.
 constexpr std::size_t kSizeLimit = std::size_t{1} << 20;
 
-constexpr std::string_view kBlanks = " \t";
+bool isBlank(char c) {
+  return c == ' ' || c == '\t';
+}
 
-/// Appends the content of a regular file; false for anything else, or when it is too long.
+/// The content of a regular file; false for anything else, and when it is too long or still grows.
 bool readFile(int file, std::string& text) {
   struct stat status {};
   if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return false;
-  char block[16384];
-  for (ssize_t count = 0; (count = ::read(file, block, sizeof block)) != 0;) {
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (size > kSizeLimit) return false;
+  text.resize(size + 1);
+  std::size_t length = 0;
+  for (ssize_t count = 0; (count = ::read(file, &text[length], text.size() - length)) != 0;) {
     if (count < 0) return false;
-    text.append(block, static_cast<std::size_t>(count));
-    if (text.size() > kSizeLimit) return false;
+    length += static_cast<std::size_t>(count);
+    if (length == text.size()) return false;
   }
+  text.resize(length);
   return true;
 }
 
-/// Whether `text` can name a group, or a key without its locale: printable ASCII, no brackets.
-bool isName(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+/// Whether `text` has control characters other than tabs and line feeds.
+bool hasControls(std::string_view text) {
+  unsigned found = 0;
+  // Not left at the first, so that the compiler can take many at a time.
+  for (const char c : text) {
+    const bool control = static_cast<unsigned char>(c) < ' ';
+    found |= static_cast<unsigned>(control & (c != '\t') & (c != '\n'));
+  }
+  return found != 0;
+}
+
+/// The length of the printable ASCII without brackets that `text` begins with.
+std::size_t nameLength(std::string_view text) {
+  const auto end = std::find_if_not(text.begin(), text.end(), [](char c) {
     return c >= ' ' && c <= '~' && c != '[' && c != ']';
   });
+  return static_cast<std::size_t>(end - text.begin());
+}
+
+bool isName(std::string_view text) {
+  return !text.empty() && nameLength(text) == text.size();
 }
 
 /// Whether `text` is a key, such as "Name" and "Name[de]".
 bool isKey(std::string_view text) {
-  if (text.find_first_of(kBlanks) != text.npos) return false;
-  const std::size_t bracket = text.find('[');
-  if (bracket == text.npos) return isName(text);
-  return text.ends_with(']') && isName(text.substr(0, bracket)) &&
-         isName(text.substr(bracket + 1, text.size() - bracket - 2));
+  const std::size_t name = nameLength(text);
+  if (name == 0 || text.find(' ') != text.npos) return false;
+  return name == text.size() || (text[name] == '[' && text.ends_with(']') &&
+                                 isName(text.substr(name + 1, text.size() - name - 2)));
 }
 
 }  // namespace
@@ -69,8 +90,7 @@ std::optional<std::string_view> KeyFile::value(std::string_view group, std::stri
 }
 
 bool KeyFile::parse() {
-  constexpr std::string_view kNotPlain("\0\a\b\v\f\r", 6);
-  if (text_.find_first_of(kNotPlain) != text_.npos) return false;
+  if (hasControls(text_)) return false;
   std::optional<Range> group;
   for (std::size_t begin = 0; begin < text_.size();) {
     const std::size_t end = std::min(text_.find('\n', begin), text_.size());
@@ -83,11 +103,12 @@ bool KeyFile::parse() {
     } else if (!line.empty() && !line.starts_with('#')) {
       const std::size_t equals = line.find('=');
       if (!group || equals == line.npos) return false;
-      // Of no length when there are only blanks: npos + 1 is 0.
-      const Range key{begin, line.substr(0, equals).find_last_not_of(kBlanks) + 1};
-      if (!isKey(view(key))) return false;
-      const std::size_t value = std::min(line.find_first_not_of(kBlanks, equals + 1), line.size());
-      entries_.push_back({*group, key, {begin + value, line.size() - value}});
+      std::size_t keyEnd = equals;
+      while (keyEnd > 0 && isBlank(line[keyEnd - 1])) --keyEnd;
+      std::size_t value = equals + 1;
+      while (value < line.size() && isBlank(line[value])) ++value;
+      if (!isKey(line.substr(0, keyEnd))) return false;
+      entries_.push_back({*group, {begin, keyEnd}, {begin + value, line.size() - value}});
     }
     begin = end + 1;
   }
