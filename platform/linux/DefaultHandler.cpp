@@ -124,6 +124,8 @@ std::optional<Associations> readFolder(const Folder& folder, const std::string& 
   };
   // What belongs to one desktop has no say but in defaults.
   for (const std::string& desktop : currentDesktops()) {
+    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789-_";
+    if (desktop.find_first_not_of(kPlain) != desktop.npos) return std::nullopt;
     const auto file = KeyFile::read(folder.path + "/" + desktop + "-mimeapps.list");
     if (!file || !appendDefaults(*file)) return std::nullopt;
   }

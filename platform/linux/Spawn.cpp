@@ -77,8 +77,9 @@ std::optional<std::string> findProgram(const std::string& name) {
   if (path == nullptr || name.empty() || name.find('/') != name.npos) return std::nullopt;
   std::istringstream folders(path);
   for (std::string folder; std::getline(folders, folder, ':');) {
-    std::string program = folder + "/" + name;
-    if (folder.starts_with('/') && isExecutable(program)) return program;
+    if (!folder.starts_with('/')) continue;
+    folder.append("/").append(name);
+    if (isExecutable(folder)) return folder;
   }
   return std::nullopt;
 }

@@ -132,6 +132,8 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnUnusualEnvironment) {
       {"GTK_USE_PORTAL", "1"},
       {"XDG_CURRENT_DESKTOP", "KDE"},
       {"XDG_CURRENT_DESKTOP", "Other:KDE"},
+      {"XDG_CURRENT_DESKTOP", "../config/made"},
+      {"XDG_CURRENT_DESKTOP", "Made:a b"},
   };
   for (const auto& [name, value] : rows) {
     ScopedEnvironment other;

@@ -28,7 +28,8 @@ PLAIN_EXECS = [
 ODD_EXECS = [
     "none %u", "@/bin/none %u", "one", "one %f", "one %F", "one -c %c %u", "one %i %u", "one %k %u",
     "one 100%% %u", '"one" %u', 'one "a b" %u', "one 'a b' %u", 'one "a\\\\$b" %u', "one a\\sb %u",
-    "one --url=%u", "one %u %u", "one %u %U", "%u", "%u one", "", "one %", "one %x %u", "bin/one %u",
+    "one --url=%u", "one %u %u", "one %u %U", "%u", "%u one", "", "one %", "one %x %u",
+    "bin/one %u",
     "one \"%u\"", "one $HOME %u", "one ~ %u", "one a;b %u", "one #a %u", "one\t%u", "one * %u",
     "one %d %D %n %N %v %m %u", "sh -c 'one %u'", "one 'a %u", "one a\\", "one \u00fc %u",
     "one \udcff %u", "./bin/one %u", "folder %u", "plain %u", "one (%u)", "one a|b %u", "one <a %u",
@@ -45,11 +46,13 @@ ODD_KEYS = [
     "X-GNOME-UsesNotifications=true", "MimeType=x-scheme-handler/made;", "Exec=one a\\nb %u",
 ]
 ODD_LINES = [
-    "no equals sign", "=value", "[group", "[a]b]", "[]", "[a[b]", "key[de=x", "key[de]x=y", "key[]=x",
+    "no equals sign", "=value", "[group", "[a]b]", "[]", "[a[b]", "key[de=x", "key[de]x=y",
+    "key[]=x",
     "  ", "\t", "  # blank", " key=blank", "\u00fc=x", "k\udcff=x", "#\udcff", "a\0b=c", "key=a\rb",
     "[Other]  ", "a b=c", "key [de]=x", "[ Desktop Entry]", "\ufeff", "[\u00fc]", "key\v=x", "\f",
     "[Default Applications]", "[Desktop Entry]", "[Added Associations]", "[Removed Associations]",
-    "[X-Unknown]", "; comment", "key=\v\f", "k;*\"=x", "[MIME Cache]", "[a\tb]", "]=x", "#=x", "[#]",
+    "[X-Unknown]", "; comment", "key=\v\f", "k;*\"=x", "[MIME Cache]", "[a\tb]", "]=x",
+    "#=x", "[#]",
 ]
 
 
@@ -90,7 +93,7 @@ class Generator:
         if self.often(0.3):
             environment["XDG_CURRENT_DESKTOP"] = rng.choice(
                 [None, "", "GNOME", "made", "KDE", "Made:KDE", ":Made::", "Other", "GNOME:Made",
-                 "../config/made", "Made-X"])
+                 "../config/made", "Made-X", "ma.de:ma de:M\u00e4de"])
         if not self.odd():
             return environment
         name = rng.choice(["XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS",

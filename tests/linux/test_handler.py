@@ -278,7 +278,8 @@ class HandlerEntries(HandlerTestCase):
 
     def test_flatpak(self):
         self.launch("@/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=firefox "
-                    "--file-forwarding org.mozilla.firefox @@u %u @@", "X-Flatpak=org.mozilla.firefox",
+                    "--file-forwarding org.mozilla.firefox @@u %u @@",
+                    "X-Flatpak=org.mozilla.firefox",
                     programs=("../usr/bin/flatpak",))
 
     def test_snap(self):
@@ -304,8 +305,8 @@ class HandlerEntries(HandlerTestCase):
         self.launch("one %u", "TryExec=@/bin/two")
 
     def test_keys_without_effect(self):
-        self.launch("one %u", "NoDisplay=true\nOnlyShowIn=Other;\nTerminal=false\nHidden=false\nPath=\n"
-                    "DBusActivatable=false\nExec[de]=two %u\n[Desktop Action new]\nExec=two")
+        self.launch("one %u", "NoDisplay=true\nOnlyShowIn=Other;\nTerminal=false\nHidden=false\n"
+                    "Path=\nDBusActivatable=false\nExec[de]=two %u\n[Desktop Action new]\nExec=two")
 
     def test_last_of_a_repeated_key(self):
         self.assertIn("--last", self.launch("two %u", "Exec=one --last %u"))
