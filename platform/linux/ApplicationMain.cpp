@@ -97,7 +97,7 @@ std::optional<int> giveLinksAway(const std::vector<std::string>& links,
 /// Delivers links until something asks the application to end. The result is the exit status.
 int waitForLinks() {
   sd_bus_set_exit_on_disconnect(host().bus, 1);
-  // The end of the loop is not that of the connection: links that have arrived are still to be read.
+  // The end of the loop is not that of the connection: links that have arrived are still read.
   sd_bus_set_close_on_exit(host().bus, 0);
   sd_bus_attach_event(host().bus, host().eventLoop, SD_EVENT_PRIORITY_NORMAL);
   const int status = sd_event_loop(host().eventLoop);

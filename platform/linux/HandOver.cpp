@@ -10,8 +10,7 @@ namespace Vastel_Connect {
 namespace {
 
 /// An application that ends just as we call it is replaced by the next call; one that does so every
-/// time is broken. Far above the number of links that are followed at once, for each of them may end
-/// one.
+/// time is broken. Far more than links are followed at once, each of which may end one.
 constexpr int kAttempts = 100;
 
 void appendText(sd_bus_message* call, const char* key, const std::optional<std::string>& text) {
