@@ -4,9 +4,9 @@
 
 #include "api/ScreenPopApi.h"
 #include "app/AppDelegate.h"
+#include "json/UrlText.h"
 #include "platform/Platform.h"
 #include "uri/UriPreProcessor.h"
-#include "uri/UrlText.h"
 
 namespace Vastel_Connect {
 namespace {

@@ -1,5 +1,5 @@
-// Tests uri/UrlText.h.
-#include "uri/UrlText.h"
+// Tests json/UrlText.h.
+#include "json/UrlText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "uri/UrlText.h"
+#include "json/UrlText.h"
 
 #include <array>
 
