@@ -12,4 +12,7 @@ using JsonValue = boost::json::value;
 /// whose value is null is present.
 using JSON = boost::json::object;
 
+/// An array of values of any JSON kind.
+using JsonArray = boost::json::array;
+
 }  // namespace Vastel_Connect
