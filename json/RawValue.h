@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace Vastel_Connect {
@@ -9,6 +10,12 @@ namespace Vastel_Connect {
 /// rows[]`, one row a case in declaration order, where Raw is std::string_view or an integer type.
 template <typename Enum>
 struct RawValues;
+
+/// An enumeration that has raw values.
+template <typename Enum>
+concept RawRepresentable = requires {
+  RawValues<Enum>::rows[0].second;
+};
 
 template <typename Enum>
 using RawValueOf = std::remove_cvref_t<decltype(RawValues<Enum>::rows[0].second)>;
