@@ -5,6 +5,7 @@
 
 #include "json/JsonText.h"
 #include "json/KeyPath.h"
+#include "json/ValueOf.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -14,29 +15,15 @@ namespace {
   std::_Exit(70);
 }
 
-std::optional<std::string> textMember(const JSON& request, std::string_view key) {
+/// The value of a key if it is of type T, else absent.
+template <typename T>
+std::optional<T> member(const JSON& request, std::string_view key) {
   const JsonValue* value = valueForKeyPath(request, key);
-  const auto* text = value != nullptr ? value->if_string() : nullptr;
-  if (text == nullptr) return std::nullopt;
-  return std::string(*text);
-}
-
-std::optional<struct_PartialScreenPopApi::Texts> textsMember(const JSON& request,
-                                                             std::string_view key) {
-  const JsonValue* value = valueForKeyPath(request, key);
-  const JSON* dictionary = value != nullptr ? value->if_object() : nullptr;
-  if (dictionary == nullptr) return std::nullopt;
-  struct_PartialScreenPopApi::Texts texts;
-  for (const auto& [name, entry] : *dictionary) {
-    const auto* text = entry.if_string();
-    if (text == nullptr) return std::nullopt;
-    texts.emplace(name, *text);
-  }
-  return texts;
+  return value != nullptr ? valueOf<T>(*value) : std::nullopt;
 }
 
 std::optional<ScreenPopScriptType> scriptTypeMember(const JSON& request, std::string_view key) {
-  const auto raw = textMember(request, key);
+  const auto raw = member<std::string>(request, key);
   return raw ? initRawValue<ScreenPopScriptType>(*raw) : std::nullopt;
 }
 
@@ -54,11 +41,11 @@ struct_PartialScreenPopApi struct_PartialScreenPopApi::fromJsonText(std::string_
 
   return {
       .ScriptType = scriptTypeMember(*request, "ScriptType"),
-      .CallFields = textsMember(*request, "CallFields"),
-      .RecognitionFields = textsMember(*request, "RecognitionFields"),
-      .CSDFileName = textMember(*request, "CSDFileName"),
-      .CSDParams = textsMember(*request, "CSDParams"),
-      .WebPage = textMember(*request, "WebPage"),
+      .CallFields = member<Texts>(*request, "CallFields"),
+      .RecognitionFields = member<Texts>(*request, "RecognitionFields"),
+      .CSDFileName = member<std::string>(*request, "CSDFileName"),
+      .CSDParams = member<Texts>(*request, "CSDParams"),
+      .WebPage = member<std::string>(*request, "WebPage"),
   };
 }
 
