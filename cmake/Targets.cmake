@@ -10,7 +10,7 @@ target_compile_options(connect_options INTERFACE
 
 # Settings that cost nothing and turn a memory fault into a clean end.
 target_compile_options(connect_options INTERFACE -fstack-protector-strong)
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+if(NOT APPLE AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   target_compile_options(connect_options INTERFACE -fcf-protection)
 endif()
 target_compile_definitions(connect_options INTERFACE

@@ -1,0 +1,2 @@
+// Boost.JSON, compiled as a part of the program.
+#include <boost/json/src.hpp>
