@@ -5,25 +5,27 @@
 #include <utf8.h>
 
 #include <iterator>
+#include <span>
+#include <vector>
 
 namespace Vastel_Connect {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-bool isLead(char16_t unit) {
+bool isLead(unichar unit) {
   return unit >= 0xD800 && unit < 0xDC00;
 }
 
-bool isTrail(char16_t unit) {
+bool isTrail(unichar unit) {
   return unit >= 0xDC00 && unit < 0xE000;
 }
 
 /// The code point that begins at `i`, which moves to its last unit.
-char32_t codePoint(std::u16string_view units, std::size_t& i) {
-  const char16_t unit = units[i];
+char32_t codePoint(std::span<const unichar> units, std::size_t& i) {
+  const unichar unit = units[i];
   if (isLead(unit) && i + 1 < units.size() && isTrail(units[i + 1])) {
-    const char16_t trail = units[++i];
+    const unichar trail = units[++i];
     return 0x10000U + ((unit - 0xD800U) << 10U) + (trail - 0xDC00U);
   }
   return isLead(unit) || isTrail(unit) ? kReplacement : unit;
@@ -33,9 +35,8 @@ char32_t codePoint(std::u16string_view units, std::size_t& i) {
 
 std::optional<std::string> utf8Text(NSString* text) {
   if (text == nil) return std::nullopt;
-  static_assert(sizeof(unichar) == sizeof(char16_t));
-  std::u16string units(text.length, u'\0');
-  [text getCharacters:reinterpret_cast<unichar*>(units.data()) range:NSMakeRange(0, units.size())];
+  std::vector<unichar> units(text.length);
+  [text getCharacters:units.data() range:NSMakeRange(0, units.size())];
   std::string utf8;
   for (std::size_t i = 0; i < units.size(); ++i) {
     utf8::append(codePoint(units, i), std::back_inserter(utf8));
@@ -45,10 +46,10 @@ std::optional<std::string> utf8Text(NSString* text) {
 
 NSString* foundationText(std::string_view utf8) {
   if (!utf8::is_valid(utf8.begin(), utf8.end())) return nil;
-  std::u16string units;
+  if (utf8.empty()) return @"";  // Apple's raises an exception for a null pointer to no units.
+  std::vector<unichar> units;
   utf8::utf8to16(utf8.begin(), utf8.end(), std::back_inserter(units));
-  return [NSString stringWithCharacters:reinterpret_cast<const unichar*>(units.data())
-                                 length:units.size()];
+  return [NSString stringWithCharacters:units.data() length:units.size()];
 }
 
 }  // namespace Vastel_Connect
