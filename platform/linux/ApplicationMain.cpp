@@ -21,7 +21,7 @@ namespace {
 
 /// Losing the race for the name means that somebody is there to take the links, who may end just
 /// then; with this many lost races in a row, something is broken.
-constexpr int kNameRaces = 16;
+constexpr int kNameRaces = 100;
 
 /// A descriptor that was closed at the start would be given to the bus, and printed into.
 void openMissingStandardStreams() {

@@ -1,7 +1,6 @@
 // What a process does that was started with links: it gives them to the one that is running.
 #include "platform/linux/HandOver.h"
 
-#include <cerrno>
 #include <string_view>
 
 #include "platform/linux/Host.h"
@@ -39,7 +38,7 @@ sd_bus_message* makeOpenCall(const std::vector<std::string>& links, const Activa
 /// Whether an error says that no process could be called. The bus has many names for the reason
 /// why it could not start one.
 bool saysNobodyThere(const sd_bus_error& error) {
-  const std::string_view name = error.name;
+  const std::string_view name = error.name != nullptr ? error.name : "";
   return name == SD_BUS_ERROR_SERVICE_UNKNOWN || name == SD_BUS_ERROR_NAME_HAS_NO_OWNER ||
          name == "org.freedesktop.DBus.Error.TimedOut" ||
          name.starts_with("org.freedesktop.DBus.Error.Spawn.") ||
