@@ -12,7 +12,6 @@ import signal
 import subprocess
 import tempfile
 import threading
-import time
 import unittest
 
 BUNDLE = pathlib.Path(os.environ["CONNECT_BUNDLE"])

@@ -11,7 +11,6 @@ import shutil
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import types
 

@@ -1,0 +1,108 @@
+"""What the tests of a link's road have in common."""
+
+import os
+import select
+import unittest
+
+from gi.repository import Gio, GLib
+
+from desktop import INTERFACE, LIMIT, NAME, OBJECT, make_link, page_link
+
+PAGE = "https://page.test/"
+LINK = page_link(PAGE)
+FATAL = make_link("[]")
+
+# Some openers ask whether there is one, and leave it at that.
+DISPLAY = ":none"
+
+# Texts of all forms that a link takes, its page being https://page.test/ wherever it has one.
+TEXTS = [
+    LINK,
+    page_link(PAGE, "screenpop:"),
+    page_link(PAGE, "SCREENPOP://"),
+    page_link(PAGE, "ScreenPop:"),
+    # "+", "/" and "=" in the base64.
+    page_link(PAGE, Note="~~~???>>>"),
+    page_link(PAGE, Note="ünïcödé ☃ ÿÿÿ"),
+    page_link(PAGE, Note="~~~???>>>", prefix="screenpop:"),
+    # Texts that a reader of URLs would change.
+    "screenpop://",
+    "screenpop:///",
+    "screenpop:eyJhIjoxfQ%3D%3D",
+    "screenpop://QUJD/../eHl6",
+    "screenpop://a:b",
+    "screenpop://user@host:80//x",
+    "screenpop://QQ==#f?q=1",
+    "screenpop://a b",
+    "screenpop://Köln",
+]
+
+
+def has_page(text):
+    return "eyJXZWJQYWdl" in text
+
+
+def bulky_link(size):
+    """A link of about that many characters, whose page is PAGE."""
+    return page_link(PAGE, Note="x" * (size * 3 // 4))
+
+
+def messages_of(text, *after):
+    """The log messages of a link: those after its own text are given."""
+    return ["new uri event", "process uri: " + text, *after]
+
+
+def page_messages(text, page=PAGE):
+    return messages_of(text, "process screenpop", "webpage: " + page)
+
+
+def pages(count):
+    return [f"https://page.test/{number:03}" for number in range(count)]
+
+
+def wait_for_end(pid):
+    try:
+        descriptor = os.pidfd_open(pid)
+    except ProcessLookupError:
+        return
+    with os.fdopen(descriptor) as process:
+        assert select.select([process], [], [], LIMIT)[0], f"{pid} does not end"
+
+
+class RoadTestCase(unittest.TestCase):
+    maxDiff = None
+
+    def expect_silence(self, result):
+        """A process that had nothing to say and did what it should."""
+        self.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+
+    def expect_link(self, desktop, listener, page=PAGE):
+        """Follows a link, which the listener is to log and open."""
+        link = page_link(page)
+        desktop.open(link)
+        self.assertEqual(listener.messages(4), page_messages(link, page))
+        self.assertEqual(desktop.opened(), page)
+
+    def expect_error(self, name, function, *arguments):
+        with self.assertRaises(GLib.Error) as raised:
+            function(*arguments)
+        self.assertEqual(Gio.DBusError.get_remote_error(raised.exception), name)
+
+    def expect_texts_unchanged(self, desktop, follow, texts):
+        listener = desktop.listen("-log")
+        for text in texts:
+            with self.subTest(text=text[:100]):
+                follow(text)
+                self.assertEqual(listener.messages(3)[:2], messages_of(text))
+                self.assertEqual(listener.messages(1)[0] == "webpage: " + PAGE, has_page(text))
+        opened = [text for text in texts if has_page(text)]
+        self.assertEqual(desktop.opened_all(len(opened)), [PAGE] * len(opened))
+
+    def start_at_once(self, desktop, links):
+        return [desktop.start(link) for link in links]
+
+    def call_open(self, desktop, link, answers):
+        """Follows a link, and appends the answer when it comes."""
+        desktop.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", ([link], {})),
+                         None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
+                         lambda bus, result: answers.append(bus.call_finish(result)))

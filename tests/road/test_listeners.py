@@ -1,0 +1,197 @@
+"""Who takes the links, and until when."""
+
+import signal
+import unittest
+
+from desktop import NAME, SERVICE, Desktop, golden, page_link, status_of
+from road import FATAL, LINK, PAGE, RoadTestCase, messages_of, page_messages, pages
+
+
+class ListenersTest(RoadTestCase):
+    # Who takes the links.
+
+    def test_the_newest_start_takes_the_links_and_gives_them_back(self):
+        desktop = Desktop(self)
+        first = desktop.listen("-log")
+        self.expect_link(desktop, first)
+        second = desktop.listen("-log")
+        self.expect_link(desktop, second)
+        self.expect_silence(second.end(signal.SIGINT))
+        desktop.wait_for_owner(first.pid)
+        self.expect_link(desktop, first)
+        self.expect_silence(first.end())
+
+    def test_the_links_go_from_each_listener_to_the_one_before(self):
+        desktop = Desktop(self)
+        listeners = [desktop.listen("-log") for _ in range(5)]
+        while listeners:
+            newest = listeners.pop()
+            desktop.wait_for_owner(newest.pid)
+            self.expect_link(desktop, newest)
+            self.expect_silence(newest.end())
+
+    def test_a_program_that_the_bus_started_has_the_links_again(self):
+        desktop = Desktop(self, service=SERVICE + " -log")
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+        first = desktop.owner()
+        desktop.daemon.banner()
+        second = desktop.listen("-log")
+        self.expect_link(desktop, second)
+        self.expect_silence(second.end(signal.SIGINT))
+        desktop.wait_for_owner(first)
+        self.expect_link(desktop, desktop.daemon)
+
+    def test_a_program_that_was_started_by_a_link_has_the_links_again(self):
+        desktop = Desktop(self, service=None)
+        first = desktop.start("-log", LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+        first.banner()
+        desktop.wait_for_owner(first.pid)
+        second = desktop.listen("-log")
+        self.expect_link(desktop, second)
+        self.expect_silence(second.end(signal.SIGINT))
+        desktop.wait_for_owner(first.pid)
+        self.expect_link(desktop, first)
+
+    def test_a_link_during_the_take_over_is_opened_once(self):
+        desktop = Desktop(self)
+        desktop.listen()
+        for page in pages(10):
+            second = desktop.start()
+            follower = desktop.start(page_link(page))
+            self.expect_silence(follower.finish())
+            self.assertEqual(desktop.opened(), page)
+            second.end()
+
+    def own_name(self, desktop):
+        DO_NOT_QUEUE = 4
+        self.assertEqual(desktop.ask_bus("RequestName", NAME, DO_NOT_QUEUE), 1)
+
+    def test_a_foreign_owner_that_takes_no_links_is_reported(self):
+        desktop = Desktop(self)
+        self.own_name(desktop)
+        result = desktop.run(LINK)
+        self.assertRegex(result.errors, r"\Avastel-connect: the link was refused: [^\n]+\n\Z")
+        self.assertEqual((result.output, result.status), ("", 1))
+
+    def test_a_start_waits_behind_a_foreign_owner(self):
+        desktop = Desktop(self)
+        self.own_name(desktop)
+        process = desktop.start("-log")
+        process.banner()
+        self.assertEqual(process.errors.next(), f"vastel-connect: {NAME} belongs to another "
+                                                "program: links arrive when it ends")
+        desktop.ask_bus("ReleaseName", NAME)
+        desktop.wait_for_owner(process.pid)
+        self.expect_link(desktop, process)
+        self.expect_silence(process.end())
+
+    # The link that ends the program.
+
+    def test_an_array_ends_the_program_and_is_no_error_for_its_sender(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        desktop.open(FATAL)
+        result = listener.finish()
+        self.assertEqual((result.status, result.errors), (70, ""))
+        self.assertEqual([line[len("Log 00:00:00> "):] for line in result.output.splitlines()],
+                         messages_of(FATAL, "process screenpop"))
+        desktop.wait_for_owner(None)
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_an_array_leaves_the_links_to_the_other_program(self):
+        desktop = Desktop(self)
+        first = desktop.listen("-log")
+        second = desktop.listen("-log")
+        desktop.open(FATAL)
+        self.assertEqual(second.finish().status, 70)
+        desktop.wait_for_owner(first.pid)
+        self.expect_link(desktop, first)
+
+    def test_an_array_ends_a_program_that_it_starts(self):
+        desktop = Desktop(self)
+        desktop.open(FATAL)
+        desktop.wait_for_owner(None)
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_an_array_on_the_command_line_ends_the_program_that_it_becomes(self):
+        desktop = Desktop(self, service=None)
+        result = desktop.run("-log", FATAL)
+        self.assertEqual((result.output, result.errors, result.status), ("", "", 70))
+
+    def test_twenty_arrays_in_turn_are_no_error_for_their_senders(self):
+        desktop = Desktop(self)
+        for _ in range(20):
+            self.expect_silence(desktop.run(FATAL))
+        desktop.wait_for_owner(None)
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_twenty_arrays_at_once_are_no_error_for_their_senders(self):
+        desktop = Desktop(self)
+        for process in self.start_at_once(desktop, [FATAL] * 20):
+            self.expect_silence(process.finish())
+        desktop.wait_for_owner(None)
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_links_among_twenty_arrays_are_opened_once_each(self):
+        desktop = Desktop(self)
+        links = [link for page in pages(5) for link in [FATAL] * 4 + [page_link(page)]]
+        for process in self.start_at_once(desktop, links):
+            self.expect_silence(process.finish())
+        self.assertEqual(desktop.opened_all(5), pages(5))
+
+    # The end of the bus, and of the program.
+
+    def test_the_end_of_the_bus_ends_the_program(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        self.expect_link(desktop, listener)
+        desktop.kill_bus()
+        result = listener.finish()
+        self.assertEqual((result.output, result.errors, result.status),
+                         ("", "vastel-connect: the session bus is gone\n", 1))
+
+    def test_the_end_of_the_bus_ends_a_program_that_waits_for_its_first_link(self):
+        desktop = Desktop(self)
+        desktop.ask_bus("StartServiceByName", NAME, 0)
+        desktop.kill_bus()
+        self.assertEqual(desktop.daemon.output.rest(), golden("banner"))
+
+    def test_a_link_that_arrived_before_the_end_is_opened(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        listener.send(signal.SIGSTOP)
+        answers = []
+        self.call_open(desktop, LINK, answers)
+        # Once this is answered, the bus has passed the call on.
+        desktop.ask_bus("GetId")
+        listener.send(signal.SIGTERM)
+        listener.send(signal.SIGCONT)
+        self.assertEqual(listener.messages(4), page_messages(LINK))
+        self.assertEqual(desktop.opened(), PAGE)
+        desktop.wait_until(lambda: answers)
+        self.expect_silence(listener.finish())
+
+    # At rest.
+
+    def test_the_program_rests_in_one_thread(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        self.expect_link(desktop, listener)
+        switches = lambda: int(status_of(listener.pid)["voluntary_ctxt_switches"])
+        before = switches()
+        # Something else for a while, that the program has no part in.
+        for _ in range(20):
+            self.assertEqual(desktop.run("-help").output, golden("banner", "usage"))
+        # At most it had still to lie down.
+        self.assertLessEqual(switches() - before, 1)
+        self.assertEqual(status_of(listener.pid)["Threads"], "1")
+
+
+if __name__ == "__main__":
+    unittest.main()
