@@ -53,8 +53,9 @@ std::string digits(long number, std::size_t width) {
 
 std::string offsetText(minutes offset, std::string_view separator) {
   const auto size = chrono::abs(offset).count();
-  return (offset.count() < 0 ? "-" : "+") + digits(size / 60, 2) + std::string(separator) +
-         digits(size % 60, 2);
+  // Appended, since GCC 12 warns of "-" + digits(...) when it optimizes.
+  std::string text = offset.count() < 0 ? "-" : "+";
+  return text.append(digits(size / 60, 2)).append(separator).append(digits(size % 60, 2));
 }
 
 std::string pieceText(const DatePiece& piece, Fields& fields) {
