@@ -1,0 +1,55 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Vastel_Connect::bench {
+
+/// CLOCK_MONOTONIC in nanoseconds.
+[[nodiscard]] std::int64_t now();
+
+/// Ends the measurement with a line on standard error.
+[[noreturn]] void fail(const std::string& what);
+
+/// A variable of the environment for as long as this lives; it was unset before.
+class Variable {
+ public:
+  Variable(const char* name, const char* value);
+  ~Variable();
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+
+ private:
+  const char* name_;
+};
+
+/// Starts a program with the environment of this process. Its standard output goes to /dev/null.
+pid_t start(const std::vector<std::string>& arguments);
+/// The same with descriptors for its standard input and output.
+pid_t start(const std::vector<std::string>& arguments, int input, int output);
+
+/// Sends SIGTERM and waits for the end.
+void stop(pid_t process);
+
+/// A program of peers/HandOver.h: it opens the page of each line that it reads, and tells when it
+/// began to.
+class HandOver {
+ public:
+  explicit HandOver(const std::vector<std::string>& arguments);
+  ~HandOver();
+  HandOver(const HandOver&) = delete;
+  HandOver& operator=(const HandOver&) = delete;
+
+  /// Opens a page. The result is the time just before.
+  [[nodiscard]] std::int64_t open(const std::string& page) const;
+
+ private:
+  int pages_ = -1;
+  int times_ = -1;
+  pid_t process_ = -1;
+};
+
+}  // namespace Vastel_Connect::bench

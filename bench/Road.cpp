@@ -1,0 +1,88 @@
+#include <sys/wait.h>
+
+#include "bench/Process.h"
+#include "bench/Topics.h"
+
+namespace Vastel_Connect::bench {
+namespace {
+
+/// {"WebPage":"https://crm.example/48213"}
+constexpr const char* kLink = "screenpop:eyJXZWJQYWdlIjoiaHR0cHM6Ly9jcm0uZXhhbXBsZS80ODIxMyJ9";
+constexpr const char* kPage = "https://crm.example/48213";
+
+using Arguments = std::vector<std::string>;
+
+double milliseconds(std::int64_t begin, std::int64_t end) {
+  return static_cast<double>(end - begin) / 1e6;
+}
+
+double openOnBus(const Desktop& desktop) {
+  const std::int64_t begin = now();
+  if (sd_bus_call_method(desktop.bus(), kName.c_str(), "/com/vastel/Connect",
+                         "org.freedesktop.Application", "Open", nullptr, nullptr, "asa{sv}", 1,
+                         kLink, 0) < 0) {
+    fail("Open failed");
+  }
+  return milliseconds(begin, desktop.handlerStart());
+}
+
+double startUntilHandler(const Desktop& desktop, const Arguments& arguments) {
+  const std::int64_t begin = now();
+  const pid_t process = start(arguments);
+  const double time = milliseconds(begin, desktop.handlerStart());
+  ::waitpid(process, nullptr, 0);
+  return time;
+}
+
+/// As on a desktop whose opener xdg-open knows.
+double startOnNamedDesktop(const Desktop& desktop, const Arguments& arguments) {
+  const Variable name("XDG_CURRENT_DESKTOP", "GNOME");
+  return startUntilHandler(desktop, arguments);
+}
+
+}  // namespace
+
+void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, int rounds) {
+  const auto byProgram = [&desktop](const HandOver& program) {
+    return [&] {
+      const std::int64_t begin = program.open(kPage);
+      return milliseconds(begin, desktop.handlerStart());
+    };
+  };
+  const auto byCommand = [&desktop](const Arguments& arguments) {
+    return [&desktop, arguments] { return startUntilHandler(desktop, arguments); };
+  };
+  const auto onNamedDesktop = [&desktop](const Arguments& arguments) {
+    return [&desktop, arguments] { return startOnNamedDesktop(desktop, arguments); };
+  };
+  const HandOver ours({programs.folder + "/bench_open_pages"});
+  const HandOver gio({programs.folder + "/bench_open_pages_gio"});
+  const HandOver spawn(
+      {programs.folder + "/bench_open_pages_spawn", programs.handler(), desktop.socketPath()});
+  const Contestant floor{"posix_spawn", byProgram(spawn)};
+  samples.compare("road", "hand-over call to handler", "ms", rounds,
+                  {{"ours", byProgram(ours)}, floor, {"GIO in-process", byProgram(gio)}});
+  samples.compare("road", "hand-over call to handler, slow peers", "ms", rounds / 8 + 3,
+                  {{"ours", byProgram(ours)},
+                   {"gio open", byCommand({"gio", "open", kPage})},
+                   {"xdg-open, named desktop", onNamedDesktop({"xdg-open", kPage})},
+                   {"xdg-open, generic", byCommand({"xdg-open", kPage})}});
+
+  const pid_t application = start({programs.connect});
+  desktop.waitForName(kName, true);
+  samples.compare(
+      "road", "Open to handler", "ms", rounds,
+      {{"ours", [&] { return openOnBus(desktop); }}, floor, {"GIO in-process", byProgram(gio)}});
+  samples.compare("road", "Exec to handler", "ms", rounds,
+                  {{"ours", byCommand({programs.connect, kLink})}, floor});
+  samples.compare(
+      "road", "Exec to handler, slow peers", "ms", rounds / 8 + 3,
+      {{"ours", byCommand({programs.connect, kLink})},
+       {"PyGObject and xdg-open",
+        onNamedDesktop({programs.python, programs.scripts + "/open_link.py", kLink})},
+       {"Node and xdg-open", onNamedDesktop({"node", programs.scripts + "/open_link.js", kLink})}});
+  stop(application);
+  desktop.waitForName(kName, false);
+}
+
+}  // namespace Vastel_Connect::bench

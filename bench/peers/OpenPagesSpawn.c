@@ -1,0 +1,23 @@
+// Usage: bench_open_pages_spawn HANDLER SOCKET. Starts the handler for each page, and nothing else.
+#include <signal.h>
+#include <spawn.h>
+
+#include "bench/peers/HandOver.h"
+
+extern char** environ;
+
+static char* handler[4];
+
+static void openPage(const char* page) {
+  pid_t child = 0;
+  handler[2] = (char*)page;
+  posix_spawn(&child, handler[0], NULL, NULL, handler, environ);
+}
+
+int main(int argc, char** argv) {
+  if (argc != 3) return 2;
+  handler[0] = argv[1];
+  handler[1] = argv[2];
+  signal(SIGCHLD, SIG_IGN);
+  return openEachLine(openPage);
+}
