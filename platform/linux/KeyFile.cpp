@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace Vastel_Connect {
@@ -45,10 +46,17 @@ bool hasControls(std::string_view text) {
   return found != 0;
 }
 
-/// The length of the printable ASCII without brackets that `text` begins with.
+/// Printable ASCII without brackets.
+constexpr std::array<bool, 256> kIsNameCharacter = [] {
+  std::array<bool, 256> table{};
+  for (unsigned char c = ' '; c <= '~'; ++c) table[c] = c != '[' && c != ']';
+  return table;
+}();
+
+/// The length of the name that `text` begins with.
 std::size_t nameLength(std::string_view text) {
   const auto end = std::find_if_not(text.begin(), text.end(), [](char c) {
-    return c >= ' ' && c <= '~' && c != '[' && c != ']';
+    return kIsNameCharacter[static_cast<unsigned char>(c)];
   });
   return static_cast<std::size_t>(end - text.begin());
 }
@@ -91,13 +99,16 @@ std::optional<std::string_view> KeyFile::value(std::string_view group, std::stri
 
 bool KeyFile::parse() {
   if (hasControls(text_)) return false;
+  // Few lines are shorter than that. Growing from nothing, the entries would make the heap give its
+  // pages back to the system every time.
+  entries_.reserve(text_.size() / 48);
   std::optional<Range> group;
   for (std::size_t begin = 0; begin < text_.size();) {
     const std::size_t end = std::min(text_.find('\n', begin), text_.size());
-    const auto line = view({begin, end - begin});
+    const auto line = view(range(begin, end));
     if (line.starts_with('[')) {
       if (!line.ends_with(']')) return false;
-      group = Range{begin + 1, line.size() - 2};
+      group = range(begin + 1, end - 1);
       if (!isName(view(*group))) return false;
       if (!firstGroup_) firstGroup_ = group;
     } else if (!line.empty() && !line.starts_with('#')) {
@@ -108,7 +119,7 @@ bool KeyFile::parse() {
       std::size_t value = equals + 1;
       while (value < line.size() && isBlank(line[value])) ++value;
       if (!isKey(line.substr(0, keyEnd))) return false;
-      entries_.push_back({*group, {begin, keyEnd}, {begin + value, line.size() - value}});
+      entries_.push_back({*group, range(begin, begin + keyEnd), range(begin + value, end)});
     }
     begin = end + 1;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,10 +27,10 @@ class KeyFile {
                                                       std::string_view key) const;
 
  private:
-  /// A part of `text_`.
+  /// A part of `text_`. Small, since a desktop's list of all its types has thousands of entries.
   struct Range {
-    std::size_t begin;
-    std::size_t length;
+    std::uint32_t begin;
+    std::uint32_t length;
   };
   struct Entry {
     Range group;
@@ -39,6 +40,9 @@ class KeyFile {
 
   [[nodiscard]] std::string_view view(Range range) const {
     return std::string_view(text_).substr(range.begin, range.length);
+  }
+  [[nodiscard]] static Range range(std::size_t begin, std::size_t end) {
+    return {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end - begin)};
   }
   /// Fills `entries_` from `text_`; false for a line that is none of the form.
   [[nodiscard]] bool parse();
