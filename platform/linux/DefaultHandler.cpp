@@ -97,13 +97,6 @@ std::optional<std::vector<Folder>> findFolders() {
   return absolute ? std::optional(std::move(folders)) : std::nullopt;
 }
 
-/// What the files of one folder say about one MIME type.
-struct Associations {
-  Texts defaults;
-  Texts added;
-  Texts removed;
-};
-
 /// Appends the applications that a key lists, but for those in `except`. False when the list is not
 /// plain.
 bool appendList(const KeyFile& file, std::string_view group, const std::string& type,
@@ -116,31 +109,41 @@ bool appendList(const KeyFile& file, std::string_view group, const std::string& 
   return true;
 }
 
-/// Absent when a file is not plain.
-std::optional<Associations> readFolder(const Folder& folder, const std::string& type) {
-  Associations result;
-  const auto appendDefaults = [&](const KeyFile& file) {
-    return appendList(file, "Default Applications", type, {}, result.defaults);
+/// The applications that the files of one folder choose for a type, best first; absent when a file
+/// is not plain.
+std::optional<Texts> readDefaults(const Folder& folder, const std::string& type) {
+  Texts defaults;
+  const auto append = [&](const std::string& name) {
+    const auto file = KeyFile::read(folder.path + "/" + name);
+    return file && appendList(*file, "Default Applications", type, {}, defaults);
   };
-  // What belongs to one desktop has no say but in defaults.
   for (const std::string& desktop : currentDesktops()) {
     constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789-_";
     if (desktop.find_first_not_of(kPlain) != desktop.npos) return std::nullopt;
-    const auto file = KeyFile::read(folder.path + "/" + desktop + "-mimeapps.list");
-    if (!file || !appendDefaults(*file)) return std::nullopt;
+    if (!append(desktop + "-mimeapps.list")) return std::nullopt;
   }
+  if (!append("mimeapps.list")) return std::nullopt;
+  if (folder.holdsEntries && !append("defaults.list")) return std::nullopt;
+  return defaults;
+}
+
+/// The applications that take a type by the files of one folder, and those that shall not.
+struct Associations {
+  Texts added;
+  Texts removed;
+};
+
+/// Absent when a file is not plain. What belongs to one desktop has no say but in defaults.
+std::optional<Associations> readAssociations(const Folder& folder, const std::string& type) {
+  Associations result;
   const auto file = KeyFile::read(folder.path + "/mimeapps.list");
-  if (!file || !appendDefaults(*file) ||
-      !appendList(*file, "Added Associations", type, {}, result.added) ||
+  if (!file || !appendList(*file, "Added Associations", type, {}, result.added) ||
       !appendList(*file, "Removed Associations", type, result.added, result.removed)) {
     return std::nullopt;
   }
   if (!folder.holdsEntries) return result;
-
-  const auto old = KeyFile::read(folder.path + "/defaults.list");
   const auto cache = KeyFile::read(folder.path + "/mimeinfo.cache");
-  if (!old || !appendDefaults(*old) || !cache ||
-      !appendList(*cache, "MIME Cache", type, result.removed, result.added)) {
+  if (!cache || !appendList(*cache, "MIME Cache", type, result.removed, result.added)) {
     return std::nullopt;
   }
   return result;
@@ -154,27 +157,31 @@ struct Candidate {
   std::size_t firstFolder = 0;
 };
 
-/// The desktop entries to be tried for a type, best first; absent when a file is not plain.
-std::optional<std::vector<Candidate>> findCandidates(const std::vector<Folder>& folders,
-                                                     const std::string& type) {
-  std::vector<Associations> all;
+/// Desktop entries to be tried for a type, best first; absent when a file is not plain.
+using Candidates = std::optional<std::vector<Candidate>>;
+
+/// Those that were chosen.
+Candidates findDefaults(const std::vector<Folder>& folders, const std::string& type) {
+  std::vector<Candidate> candidates;
   for (const Folder& folder : folders) {
-    auto associations = readFolder(folder, type);
-    if (!associations) return std::nullopt;
-    all.push_back(std::move(*associations));
+    const auto defaults = readDefaults(folder, type);
+    if (!defaults) return std::nullopt;
+    for (const std::string& id : *defaults) candidates.push_back({.id = id});
   }
+  return candidates;
+}
+
+/// Those that take the type.
+Candidates findAssociated(const std::vector<Folder>& folders, const std::string& type) {
   std::vector<Candidate> candidates;
   Texts decided;
-  for (const auto& associations : all) {
-    for (const std::string& id : associations.defaults) {
-      if (appendNew(id, decided)) candidates.push_back({.id = id});
-    }
-  }
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    for (const std::string& id : all[i].added) {
+  for (std::size_t i = 0; i < folders.size(); ++i) {
+    const auto associations = readAssociations(folders[i], type);
+    if (!associations) return std::nullopt;
+    for (const std::string& id : associations->added) {
       if (appendNew(id, decided)) candidates.push_back({.id = id, .firstFolder = i});
     }
-    for (const std::string& id : all[i].removed) appendNew(id, decided);
+    for (const std::string& id : associations->removed) appendNew(id, decided);
   }
   return candidates;
 }
@@ -247,18 +254,22 @@ std::optional<DefaultHandler> findDefaultHandler(std::string_view scheme, std::s
   if (scheme == "file" || isSandboxed() || desktopHasOwnBrowserChoice(scheme)) return std::nullopt;
   const auto folders = findFolders();
   if (!folders) return std::nullopt;
-  const auto candidates = findCandidates(*folders, "x-scheme-handler/" + std::string(scheme));
-  if (!candidates) return std::nullopt;
+  const std::string type = "x-scheme-handler/" + std::string(scheme);
 
-  for (const auto& [id, firstFolder] : *candidates) {
-    const auto found = findEntry(*folders, id);
-    if (!found) return std::nullopt;
-    if (*found == folders->size() || *found < firstFolder) continue;
-    const auto entry = KeyFile::read((*folders)[*found].path + "/" + id);
-    if (!entry) return std::nullopt;
-    auto handler = readHandler(*entry, url);
-    if (handler) handler->application = id.substr(0, id.rfind(".desktop"));
-    return handler;
+  // Reading the long lists of all that take some type is most of the time: only without a choice.
+  for (const auto find : {findDefaults, findAssociated}) {
+    const auto candidates = find(*folders, type);
+    if (!candidates) return std::nullopt;
+    for (const auto& [id, firstFolder] : *candidates) {
+      const auto found = findEntry(*folders, id);
+      if (!found) return std::nullopt;
+      if (*found == folders->size() || *found < firstFolder) continue;
+      const auto entry = KeyFile::read((*folders)[*found].path + "/" + id);
+      if (!entry) return std::nullopt;
+      auto handler = readHandler(*entry, url);
+      if (handler) handler->application = id.substr(0, id.rfind(".desktop"));
+      return handler;
+    }
   }
   return std::nullopt;
 }

@@ -53,6 +53,33 @@ class DefaultHandlerOfHttp : public testing::Test {
     return findDefaultHandler(scheme, kUrl).has_value();
   }
 
+  // Some readers would wait for a writer, read for ever, or stop there.
+  void expectNotPlainWithHostile(std::string_view name) {
+    ASSERT_TRUE(isPlain());
+    const std::string path = folder.write(name, "");
+    std::filesystem::remove(path);
+
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    EXPECT_FALSE(isPlain()) << "FIFO " << path;
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    EXPECT_FALSE(isPlain()) << "folder " << path;
+    std::filesystem::remove(path);
+    for (const std::string& target : {path, std::string("/dev/zero")}) {
+      std::filesystem::create_symlink(target, path);
+      EXPECT_FALSE(isPlain()) << target << " for " << path;
+      std::filesystem::remove(path);
+    }
+    folder.write(name, "[Desktop Entry]\nType=Application\nName=" + std::string(1 << 20, 'x'));
+    EXPECT_FALSE(isPlain()) << "huge " << path;
+    folder.write(name,
+                 "\x7f"
+                 "ELF\x02\x01\x01");
+    EXPECT_FALSE(isPlain()) << "binary " << path;
+
+    std::filesystem::remove(path);
+  }
+
   PrivateFolder folder;
   ScopedEnvironment environment;
 };
@@ -187,46 +214,25 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainWhereItCouldStandInASubfolder) {
   EXPECT_FALSE(isPlain());
 }
 
-// Some readers would wait for a writer, read for ever, or stop there.
 TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileFile) {
   const std::string_view names[] = {
-      "config/mimeapps.list",
-      "config/made-mimeapps.list",
-      "etc/mimeapps.list",
-      "data/applications/mimeapps.list",
-      "share/applications/defaults.list",
-      "share/applications/mimeinfo.cache",
-      "data/applications/alpha.desktop",
+      "config/made-mimeapps.list",       "etc/mimeapps.list",
+      "data/applications/mimeapps.list", "share/applications/defaults.list",
+      "data/applications/alpha.desktop", "config/mimeapps.list",
   };
   environment.set("XDG_CURRENT_DESKTOP", "Made");
-  for (const std::string_view name : names) {
-    ASSERT_TRUE(isPlain());
-    const std::string path = folder.write(name, "");
-    std::filesystem::remove(path);
+  for (const std::string_view name : names) expectNotPlainWithHostile(name);
+}
 
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    EXPECT_FALSE(isPlain()) << "FIFO " << path;
-    std::filesystem::remove(path);
-    std::filesystem::create_directory(path);
-    EXPECT_FALSE(isPlain()) << "folder " << path;
-    std::filesystem::remove(path);
-    for (const std::string& target : {path, std::string("/dev/zero")}) {
-      std::filesystem::create_symlink(target, path);
-      EXPECT_FALSE(isPlain()) << target << " for " << path;
-      std::filesystem::remove(path);
-    }
-    folder.write(name, "[Desktop Entry]\nType=Application\nName=" + std::string(1 << 20, 'x'));
-    EXPECT_FALSE(isPlain()) << "huge " << path;
-    folder.write(name,
-                 "\x7f"
-                 "ELF\x02\x01\x01");
-    EXPECT_FALSE(isPlain()) << "binary " << path;
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileListOfTypesUnlessOneWasChosen) {
+  const std::string_view cache = "share/applications/mimeinfo.cache";
+  ASSERT_EQ(::mkfifo(folder.path(std::string(cache)).c_str(), 0600), 0);
+  EXPECT_TRUE(isPlain());
+  std::filesystem::remove(folder.path(std::string(cache)));
 
-    std::filesystem::remove(path);
-    if (name == "config/mimeapps.list") {
-      folder.write(name, "[Default Applications]\nx-scheme-handler/http=alpha.desktop;\n");
-    }
-  }
+  folder.write("config/mimeapps.list",
+               "[Added Associations]\nx-scheme-handler/http=alpha.desktop;\n");
+  expectNotPlainWithHostile(cache);
 }
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnEndlessList) {
