@@ -17,7 +17,7 @@ namespace Vastel_Connect::bench {
 namespace {
 
 constexpr int kOtherEntries = 150;
-constexpr int kTypesOfEach = 12;
+constexpr int kTypesOfEach = 8;
 
 }  // namespace
 
