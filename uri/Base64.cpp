@@ -9,24 +9,32 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-/// Six bits for each character of the alphabet. Any other has a bit above the 24 of a whole group,
-/// so that one test of a group tells of all its characters.
+/// The bits of a character outside the alphabet. They are above the 24 of a whole group, so that
+/// one test of many groups tells of all their characters.
 constexpr std::uint32_t kInvalid = 1U << 24;
 
-constexpr std::array<std::uint32_t, 256> kSixBits = [] {
+/// The bits of each character at one place of a group, which is `shift` bits from its end.
+constexpr std::array<std::uint32_t, 256> tableFor(int shift) {
   std::array<std::uint32_t, 256> table{};
   table.fill(kInvalid);
   for (std::uint32_t bits = 0; bits < kAlphabet.size(); ++bits) {
-    table[static_cast<unsigned char>(kAlphabet[bits])] = bits;
+    table[static_cast<unsigned char>(kAlphabet[bits])] = bits << shift;
   }
   return table;
-}();
+}
 
-/// The 24 bits of four characters, or a value of kInvalid and above.
-std::uint32_t decodeGroup(const char* group) {
-  const auto bits = [group](int i) { return kSixBits[static_cast<unsigned char>(group[i])]; };
-  const std::uint32_t invalid = (bits(0) | bits(1) | bits(2) | bits(3)) & kInvalid;
-  return invalid | (bits(0) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3));
+constexpr std::array<std::array<std::uint32_t, 256>, 4> kTables = {tableFor(18), tableFor(12),
+                                                                   tableFor(6), tableFor(0)};
+
+/// Writes the three bytes of four characters. The result is kInvalid or above when one of them is
+/// outside the alphabet.
+std::uint32_t decodeGroup(const char* group, char* out) {
+  std::uint32_t bits = 0;
+  for (std::size_t i = 0; i < kTables.size(); ++i) {
+    bits |= kTables[i][static_cast<unsigned char>(group[i])];
+  }
+  for (int i = 0; i < 3; ++i) out[i] = static_cast<char>(bits >> (16 - 8 * i));
+  return bits;
 }
 
 }  // namespace
@@ -44,13 +52,13 @@ std::optional<std::string> decodeBase64(std::string_view text) {
 
   std::string bytes(text.size() / 4 * 3, '\0');
   char* out = bytes.data();
-  for (std::size_t i = 0; i < text.size(); i += 4) {
-    const std::uint32_t group = decodeGroup(i + 4 < text.size() ? &text[i] : last.data());
-    if (group >= kInvalid) return std::nullopt;
-    *out++ = static_cast<char>(group >> 16);
-    *out++ = static_cast<char>(group >> 8);
-    *out++ = static_cast<char>(group);
+  const char* const end = text.data() + text.size() - 4;
+  std::uint32_t seen = 0;
+  for (const char* group = text.data(); group != end; group += 4, out += 3) {
+    seen |= decodeGroup(group, out);
   }
+  seen |= decodeGroup(last.data(), out);
+  if (seen >= kInvalid) return std::nullopt;
   bytes.resize(bytes.size() - padding);
   return bytes;
 }
