@@ -10,7 +10,8 @@ namespace {
 
 void count(const Vastel_Connect::bench::CoreCase& each) {
   const std::string name = each.step + "/" + each.contestant + "/" + std::to_string(each.size);
-  each.run();
+  // The first call of all binds symbols and fills the heap, which does not show in large cases.
+  if (each.size <= 65536) each.run();
   CALLGRIND_ZERO_STATS;
   CALLGRIND_TOGGLE_COLLECT;
   each.run();
