@@ -11,9 +11,9 @@
 #include "app/AppDelegate.h"
 #include "bench/Straightforward.h"
 #include "json/JsonText.h"
+#include "json/UrlText.h"
 #include "uri/Base64.h"
 #include "uri/UriPreProcessor.h"
-#include "json/UrlText.h"
 
 namespace Vastel_Connect::bench {
 namespace {
