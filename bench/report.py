@@ -9,6 +9,7 @@ import platform
 import re
 import statistics
 import sys
+import textwrap
 
 from goals import goal_rows
 
@@ -107,9 +108,10 @@ def machine():
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         model = re.search(r"^model name\s*: (.*)$", file.read(), re.MULTILINE)
     system = platform.freedesktop_os_release()["PRETTY_NAME"]
-    return (f"{system}, Linux {platform.release()}, {os.cpu_count()} cores"
+    text = (f"{system}, Linux {platform.release()}, {os.cpu_count()} cores"
             f" ({model.group(1) if model else platform.machine()}),"
             f" load {os.getloadavg()[2]:.1f} in the last quarter of an hour.")
+    return textwrap.fill(text, 100)
 
 
 def write_docs(parts):
