@@ -1,0 +1,120 @@
+#include "fuzz/Reference.h"
+
+#include <algorithm>
+
+namespace Vastel_Connect::reference {
+namespace {
+
+constexpr std::string_view kUpper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+constexpr std::string_view kLower = "abcdefghijklmnopqrstuvwxyz";
+constexpr std::string_view kDigits = "0123456789";
+
+bool isOneOf(char c, std::initializer_list<std::string_view> sets) {
+  return std::any_of(sets.begin(), sets.end(),
+                     [c](std::string_view set) { return set.find(c) != set.npos; });
+}
+
+bool isHex(char c) {
+  return isOneOf(c, {kDigits, "abcdef", "ABCDEF"});
+}
+
+}  // namespace
+
+std::optional<std::string> base64(std::string_view text) {
+  const std::string alphabet = std::string(kUpper).append(kLower).append(kDigits).append("+/");
+  if (text.size() % 4 != 0) return std::nullopt;
+  std::size_t signs = text.size();
+  while (signs > 0 && text.size() - signs < 2 && text[signs - 1] == '=') --signs;
+  std::string bits;
+  for (std::size_t i = 0; i < signs; ++i) {
+    const auto index = alphabet.find(text[i]);
+    if (index == alphabet.npos) return std::nullopt;
+    for (int bit = 5; bit >= 0; --bit) bits += (index >> bit & 1) != 0 ? '1' : '0';
+  }
+  std::string bytes;
+  for (std::size_t i = 0; i + 8 <= bits.size(); i += 8) {
+    bytes += static_cast<char>(std::stoi(bits.substr(i, 8), nullptr, 2));
+  }
+  return bytes;
+}
+
+std::string encodeUtf8(unsigned long codePoint) {
+  const auto tail = [codePoint](int shift) {
+    return static_cast<char>(0x80 + (codePoint >> shift) % 0x40);
+  };
+  if (codePoint < 0x80) return {static_cast<char>(codePoint)};
+  if (codePoint < 0x800) return {static_cast<char>(0xC0 + (codePoint >> 6)), tail(0)};
+  if (codePoint < 0x10000) return {static_cast<char>(0xE0 + (codePoint >> 12)), tail(6), tail(0)};
+  return {static_cast<char>(0xF0 + (codePoint >> 18)), tail(12), tail(6), tail(0)};
+}
+
+bool isUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto lead = static_cast<unsigned char>(bytes.front());
+    const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    if (bytes.size() < length) return false;
+    unsigned long codePoint = length == 1 ? lead : lead % (1U << (7 - length));
+    for (std::size_t i = 1; i < length; ++i) {
+      codePoint = codePoint * 0x40 + static_cast<unsigned char>(bytes[i]) % 0x40;
+    }
+    const bool surrogate = codePoint >= 0xD800 && codePoint < 0xE000;
+    if (surrogate || codePoint > 0x10FFFF) return false;
+    if (encodeUtf8(codePoint) != bytes.substr(0, length)) return false;
+    bytes.remove_prefix(length);
+  }
+  return true;
+}
+
+bool isUrl(std::string_view text) {
+  if (std::count(text.begin(), text.end(), '#') > 1) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '%') {
+      if (i + 2 >= text.size() || !isHex(text[i + 1]) || !isHex(text[i + 2])) return false;
+    } else if (!isOneOf(text[i], {kUpper, kLower, kDigits, "-_.!~*'()", ";/?:@&=+$,", "[]", "#"})) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::size_t schemeLength(std::string_view text) {
+  const auto colon = text.find(':');
+  if (colon == text.npos || colon == 0) return 0;
+  for (std::size_t i = 0; i < colon; ++i) {
+    if (isOneOf(text[i], {kUpper, kLower})) continue;
+    if (i == 0 || !isOneOf(text[i], {kDigits, "+-."})) return 0;
+  }
+  return colon;
+}
+
+std::string lowerCase(std::string_view ascii) {
+  std::string result;
+  for (const char c : ascii) {
+    const auto index = kUpper.find(c);
+    result += index == kUpper.npos ? c : kLower[index];
+  }
+  return result;
+}
+
+Outcome followLink(std::string_view uri) {
+  Outcome outcome;
+  const auto say = [&outcome](std::string text) { outcome.messages.push_back(std::move(text)); };
+  const auto colon = uri.find(':');
+  if (colon == uri.npos) return say("invalid protocol"), outcome;
+  if (lowerCase(uri.substr(0, colon)) != "screenpop") return say("Invalid protocol"), outcome;
+  say("process screenpop");
+  std::string_view command = uri.substr(colon + 1);
+  if (command.substr(0, 2) == "//") command = command.substr(2);
+  const auto decoded = base64(command);
+  if (command.empty() || !decoded || !isUtf8(*decoded)) return say("Could not decode"), outcome;
+  const auto request = parseJson(*decoded);
+  outcome.stops = request && request->kind == Json::Array;
+  if (outcome.stops) return outcome;
+  const Json* page = request ? request->member("WebPage") : nullptr;
+  if (page == nullptr || page->kind != Json::String) return say("no webpage to open"), outcome;
+  say("webpage: " + page->text);
+  if (isUrl(page->text)) outcome.page = page->text;
+  return outcome;
+}
+
+}  // namespace Vastel_Connect::reference
