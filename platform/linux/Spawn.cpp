@@ -9,7 +9,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <iterator>
-#include <sstream>
 
 namespace Vastel_Connect {
 namespace {
@@ -75,11 +74,12 @@ std::optional<std::string> findProgram(const std::string& name) {
   if (name.starts_with('/')) return isExecutable(name) ? std::optional(name) : std::nullopt;
   const char* path = std::getenv("PATH");
   if (path == nullptr || name.empty() || name.find('/') != name.npos) return std::nullopt;
-  std::istringstream folders(path);
-  for (std::string folder; std::getline(folders, folder, ':');) {
+  for (std::string_view rest = path; !rest.empty();) {
+    const std::string_view folder = rest.substr(0, rest.find(':'));
+    rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
     if (!folder.starts_with('/')) continue;
-    folder.append("/").append(name);
-    if (isExecutable(folder)) return folder;
+    std::string program = std::string(folder).append("/").append(name);
+    if (isExecutable(program)) return program;
   }
   return std::nullopt;
 }
