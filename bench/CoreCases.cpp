@@ -1,7 +1,6 @@
 #include "bench/CoreCases.h"
 
 #include <benchmark/benchmark.h>
-#include <utf8.h>
 
 #include <array>
 #include <boost/json.hpp>
@@ -12,6 +11,7 @@
 #include "bench/Straightforward.h"
 #include "json/JsonText.h"
 #include "json/UrlText.h"
+#include "json/Utf8.h"
 #include "uri/Base64.h"
 #include "uri/UriPreProcessor.h"
 
@@ -89,9 +89,6 @@ std::vector<CoreCase> coreCases(std::size_t size) {
     result.parseUri(text);
     return result;
   };
-  const auto isUtf8 = [](const std::string& text) {
-    return utf8::is_valid(text.begin(), text.end());
-  };
   const auto road = [](const std::string& text) { AppDelegate().processUri(text); };
   const auto fromJson = [](const std::string& text) {
     return struct_PartialScreenPopApi::fromJsonText(text);
@@ -103,7 +100,7 @@ std::vector<CoreCase> coreCases(std::size_t size) {
       on(command, "base64", kOurs, [](const std::string& text) { return decodeBase64(text); }),
       on(command, "base64", kCopy, copy),
       on(command, "base64", kStraight, straightforward::decodeBase64),
-      on(json, "UTF-8", kOurs, isUtf8),
+      on(json, "UTF-8", kOurs, [](const std::string& text) { return isUtf8(text); }),
       on(json, "UTF-8", kCopy, copy),
       on(json, "UTF-8", kStraight, straightforward::isUtf8),
       on(json, "JSON to record", kOurs, fromJson),

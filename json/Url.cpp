@@ -1,8 +1,7 @@
 #include "json/Url.h"
 
-#include <utf8.h>
-
 #include "json/UrlText.h"
+#include "json/Utf8.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -21,7 +20,7 @@ std::optional<Url> Url::fromText(std::string_view text) {
 }
 
 std::optional<std::string> percentEncodedForQuery(std::string_view text) {
-  if (!utf8::is_valid(text.begin(), text.end())) return std::nullopt;
+  if (!isUtf8(text)) return std::nullopt;
   std::string encoded;
   encoded.reserve(text.size());
   for (const char c : text) {

@@ -1,15 +1,14 @@
 #include "log/JsonLogLine.h"
 
-#include <utf8.h>
-
 #include "json/JsonText.h"
+#include "json/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Vastel_Connect {
 
 std::string makeJsonLogLine(std::string_view message) {
   const std::string dateTime = platform::currentDateText("yyyy-MM-dd'T'HH:mm:ssZ");
-  if (!utf8::is_valid(message.begin(), message.end())) {
+  if (!isUtf8(message)) {
     return R"({"datetime":")" + dateTime +
            R"(","event":"Log","message":"error while serializing [log]"})";
   }

@@ -1,9 +1,8 @@
 #include "uri/UriPreProcessor.h"
 
-#include <utf8.h>
-
 #include <utility>
 
+#include "json/Utf8.h"
 #include "uri/Base64.h"
 
 namespace Vastel_Connect {
@@ -21,7 +20,7 @@ void struct_UriPreProcessor::parseUri(std::string_view uri) {
 void struct_UriPreProcessor::decodeCommand() {
   if (!RawCommand || RawCommand->empty()) return;
   auto bytes = decodeBase64(*RawCommand);
-  if (bytes && utf8::is_valid(bytes->begin(), bytes->end())) DecodedCommand = std::move(bytes);
+  if (bytes && isUtf8(*bytes)) DecodedCommand = std::move(bytes);
 }
 
 }  // namespace Vastel_Connect
