@@ -20,7 +20,7 @@ concept RawRepresentable = requires {
 template <typename Enum>
 using RawValueOf = std::remove_cvref_t<decltype(RawValues<Enum>::rows[0].second)>;
 
-/// The raw value of a case.
+/// The raw value of a case; an empty one for a value that is none.
 template <typename Enum>
 [[nodiscard]] constexpr RawValueOf<Enum> rawValue(Enum value) {
   for (const auto& [candidate, raw] : RawValues<Enum>::rows) {

@@ -90,6 +90,11 @@ TEST(EncodeEnum, StoresTheRawValue) {
   EXPECT_EQ(text(Encoder::encodeEnum<Level>("v")(Level::High)), R"({"v":10})");
 }
 
+TEST(EncodeEnum, StoresAnEmptyRawValueForWhatIsNoCase) {
+  EXPECT_EQ(text(Encoder::encodeEnum<Color>("v")(static_cast<Color>(2))), R"({"v":""})");
+  EXPECT_EQ(text(Encoder::encodeEnum<Level>("v")(static_cast<Level>(2))), R"({"v":0})");
+}
+
 TEST(EncodeEnumArray, StoresTheRawValues) {
   EXPECT_EQ(text(Encoder::encodeEnumArray<Color>("v")({{Color::Green, Color::Red}})),
             R"({"v":["green","red"]})");
