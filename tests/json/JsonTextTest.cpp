@@ -63,8 +63,9 @@ TEST(ParseJsonText, TakesTheLastOfRepeatedKeys) {
 }
 
 TEST(ParseJsonText, TakesAsManyLevelsAsThePlatform) {
-  EXPECT_TRUE(parseJsonText(nested(kJsonDepthLimit)));
-  EXPECT_FALSE(parseJsonText(nested(kJsonDepthLimit + 1)));
+  // Its own figures, not ours.
+  EXPECT_TRUE(parseJsonText(nested(512)));
+  EXPECT_FALSE(parseJsonText(nested(513)));
 }
 
 TEST(ParseJsonText, RefusesEndlessLevelsWithoutACrash) {
