@@ -10,6 +10,7 @@
 #include <cstdlib>
 
 #include "platform/linux/KeyFile.h"
+#include "platform/linux/LowerCase.h"
 #include "platform/linux/Spawn.h"
 
 namespace Vastel_Connect {
@@ -59,11 +60,7 @@ bool appendNew(const std::string& text, Texts& list) {
 
 /// XDG_CURRENT_DESKTOP in lower case, most specific first.
 Texts currentDesktops() {
-  std::string names = environmentText("XDG_CURRENT_DESKTOP");
-  for (char& c : names) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return split(names, ':');
+  return split(lowerCase(environmentText("XDG_CURRENT_DESKTOP")), ':');
 }
 
 /// A folder that may say which application opens what.

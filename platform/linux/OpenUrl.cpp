@@ -6,6 +6,7 @@
 #include "platform/linux/DefaultHandler.h"
 #include "platform/linux/Host.h"
 #include "platform/linux/LaunchArguments.h"
+#include "platform/linux/LowerCase.h"
 #include "platform/linux/Scope.h"
 #include "platform/linux/Spawn.h"
 
@@ -22,14 +23,6 @@ bool start(const std::string& application, const std::string& program,
 bool startOpener(const std::vector<std::string>& arguments) {
   const auto program = findProgram(arguments.front());
   return program && start(arguments.front(), *program, arguments);
-}
-
-std::string lowerCase(std::string_view ascii) {
-  std::string result(ascii);
-  for (char& c : result) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return result;
 }
 
 }  // namespace
