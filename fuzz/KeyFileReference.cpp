@@ -18,7 +18,7 @@ std::optional<KeyFileContent> keyFile(std::string_view text) {
     }
     std::smatch match;
     if (line.empty() || line[0] == '#') continue;
-    if (line.size() > 4096) return std::nullopt;
+    if (line.size() > kLongestLine) return std::nullopt;
     if (std::regex_match(line, match, group)) {
       current = match[1];
       if (content.firstGroup.empty()) content.firstGroup = *current;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -19,7 +20,12 @@ struct KeyFileContent {
   }
 };
 
-/// What a key file says; absent when it has a line that not all readers take in the same way.
+/// No line that the reference reads is longer: std::regex takes room on the stack for each
+/// character.
+inline constexpr std::size_t kLongestLine = 4096;
+
+/// What a key file says; absent when it has a line that not all readers take in the same way, or
+/// one of more than kLongestLine characters.
 [[nodiscard]] std::optional<KeyFileContent> keyFile(std::string_view text);
 
 }  // namespace Vastel_Connect::reference
