@@ -10,7 +10,7 @@ install(FILES ${packaging}/vastel-connect.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/
 install(FILES ${packaging}/completions/vastel-connect.bash RENAME vastel-connect
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES ${packaging}/completions/_vastel-connect
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 install(FILES ${packaging}/completions/vastel-connect.fish
   DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 

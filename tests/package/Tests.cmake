@@ -1,0 +1,14 @@
+set(packages ${PROJECT_SOURCE_DIR}/build/package)
+
+add_test(NAME Packages.AreMade COMMAND ${PROJECT_SOURCE_DIR}/dev/package)
+set_tests_properties(Packages.AreMade PROPERTIES FIXTURES_SETUP packages LABELS package
+  TIMEOUT 600)
+
+function(connect_package_tests file)
+  connect_program_tests(package/${file} LABEL package ONE_ZONE FIXTURES packages ${ARGN}
+    ENVIRONMENT CONNECT_PACKAGES=${packages})
+endfunction()
+
+connect_package_tests(test_completions.py)
+connect_package_tests(test_deb.py)
+connect_package_tests(test_files.py)
