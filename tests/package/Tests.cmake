@@ -9,6 +9,7 @@ function(connect_package_tests file)
     ENVIRONMENT CONNECT_PACKAGES=${packages})
 endfunction()
 
+connect_package_tests(test_archives.py)
 connect_package_tests(test_completions.py)
 connect_package_tests(test_deb.py)
 connect_package_tests(test_files.py)
