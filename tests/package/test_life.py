@@ -1,0 +1,99 @@
+"""The life of an installation: from a system without the program to one without it."""
+
+import re
+import unittest
+
+from packages import NAME, PackageTestCase, package
+from tree import Tree
+
+from desktop import OBJECT, page_link
+from road import wait_for_end
+
+PROGRAM = "/usr/bin/vastel-connect"
+# What apt and dpkg remember of all that they did.
+MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/dpkg/status-old|"
+                      r"/var/log/(alternatives\.log|apt/.*|dpkg\.log)")
+
+
+class LifeOfAnInstallation(PackageTestCase):
+    def setUp(self):
+        self.tree = Tree(self)
+
+    def test_installs_upgrades_and_leaves(self):
+        before = self.tree.files()
+        self.tree.install(package("vastel-connect_*.deb"))
+        self.tree.start_bus()
+
+        self.expect_bus_starts_the_program()
+        first = self.tree.owner()
+        self.expect_openers_work()
+        self.assertEqual(self.tree.owner(), first)
+
+        self.tree.install(self.higher_version())
+        self.expect_openers_work()
+        self.assertEqual(self.tree.owner(), first)
+        self.assertNotEqual(self.program_of(first), self.installed_program())
+        self.end(first)
+        self.expect_openers_work()
+        self.assertEqual(self.program_of(self.tree.owner()), self.installed_program())
+        self.end(self.tree.owner())
+
+        self.tree.apt("remove", "vastel-connect")
+        self.expect_no_trace()
+        # apt has forgotten it by then: there is nothing to purge.
+        self.tree.run("dpkg", "--purge", "vastel-connect")
+        self.tree.apt("autoremove", "--purge")
+        after = self.tree.files()
+        changed = {path for path in before.keys() | after.keys()
+                   if before.get(path) != after.get(path)}
+        self.assertEqual({path for path in changed if not MEMORIES.fullmatch(path)}, set())
+
+    def expect_bus_starts_the_program(self):
+        self.assertIsNone(self.tree.owner())
+        self.expect_page("https://page.test/cold", lambda link: self.tree.run(
+            "gdbus", "call", "--session", "--dest", NAME, "--object-path", OBJECT, "--method",
+            "org.freedesktop.Application.Open", f"['{link}']", "{}", agent=True))
+
+    def expect_openers_work(self):
+        """Follows a link by each; xdg-open has a road of its own where it knows no desktop."""
+        for opener, desktop in ("gio open", "GNOME"), ("xdg-open", "GNOME"), ("xdg-open", ""):
+            page = f"https://page.test/{opener[:3]}{desktop}"
+            self.expect_page(page, lambda link: self.tree.run(
+                *opener.split(), link, agent=True, XDG_CURRENT_DESKTOP=desktop, DISPLAY=":none"))
+
+    def expect_page(self, page, follow):
+        follow(page_link(page, "screenpop:"))
+        self.assertEqual(self.tree.page().url, page)
+
+    def expect_no_trace(self):
+        """That nobody takes the scheme, while the packages that keep indexes are still there."""
+        self.assertIn("No default applications", self.tree.run(
+            "gio", "mime", "x-scheme-handler/screenpop", agent=True))
+        # Nothing is found.
+        self.tree.run("grep", "--recursive", "screenpop", "/etc", "/usr/share", status=1)
+
+    def higher_version(self):
+        """The package again, as version 9."""
+        folder = self.folder()
+        self.expect_success("dpkg-deb", "--raw-extract", package("vastel-connect_*.deb"), folder)
+        self.expect_success("sed", "--in-place", "s/^Version:.*/Version: 9/",
+                            folder + "/DEBIAN/control")
+        deb = self.folder() + "/higher.deb"
+        self.expect_success("dpkg-deb", "--root-owner-group", "--build", folder, deb)
+        return deb
+
+    def installed_program(self):
+        return self.tree.run("stat", "--format=%d %i", PROGRAM)
+
+    def program_of(self, pid):
+        """The file that a process runs, which may have been replaced."""
+        return self.tree.run("stat", "--dereference", "--format=%d %i", f"/proc/{pid}/exe")
+
+    def end(self, pid):
+        process = self.tree.host_pid(pid)
+        self.tree.run("sh", "-c", 'kill "$1"', "-", str(pid))
+        wait_for_end(process)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,170 @@
+"""A small Debian system in namespaces of its own, in which packages are installed and links are
+followed. It is in memory, and gone with the test."""
+
+import contextlib
+import os
+import re
+import subprocess
+import sys
+import types
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path[:0] = [HERE, os.path.join(os.path.dirname(HERE), "road")]
+
+from desktop import NAME, Lines, children
+
+ARCHIVE = os.environ["CONNECT_TREE"]
+# The user's, in the tree.
+AGENT = 1000
+HOME = "/home/agent"
+RUNTIME = f"/run/user/{AGENT}"
+
+# In this many seconds, whatever a test waits for has happened: apt loads packages among it.
+LIMIT = 120
+
+RECORDER = f"""#!/bin/sh
+echo "$$ $*" > {HOME}/pages
+case $* in
+  *#stay) read -r end < {HOME}/end ;;
+esac
+"""
+ENTRY = f"""[Desktop Entry]
+Type=Application
+Name=Records pages
+Exec={HOME}/record %u
+"""
+CHOICES = """[Default Applications]
+x-scheme-handler/http=record.desktop
+x-scheme-handler/https=record.desktop
+"""
+
+
+class Tree:
+    """A tree that lives as long as a test."""
+
+    def __init__(self, test):
+        own_user = [] if os.getuid() == 0 else ["--user", "--map-root-user", "--map-auto"]
+        self._enter = ["--user", "--preserve-credentials"] if own_user else []
+        with open(ARCHIVE, "rb") as archive:
+            self._starter = subprocess.Popen(
+                ["setpriv", "--pdeathsig=KILL", "unshare", *own_user, "--mount", "--pid", "--fork",
+                 "--kill-child", HERE + "/start-tree"], stdin=archive, stdout=subprocess.PIPE)
+        self._processes = [self._starter]
+        self._pages = None
+        test.addCleanup(self._stop)
+        assert Lines(self._starter.stdout).next() == "ready"
+        (self.first,) = children(self._starter.pid)
+        self._make_handler()
+
+    def path(self, name):
+        """Where a file of the tree is found from without."""
+        return f"/proc/{self.first}/root{name}"
+
+    def write(self, name, content):
+        self.run("sh", "-c", 'cat > "$1"', "-", name, input=content)
+
+    # Processes.
+
+    def run(self, *command, agent=False, status=0, input=b"", **environment):
+        """Runs a command, as root or as the agent: its output, of both kinds."""
+        done = subprocess.run(self._command(command, agent, environment), input=input,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=LIMIT,
+                              check=False)
+        output = done.stdout.decode()
+        assert done.returncode == status, f"{command}: {done.returncode}: {output}"
+        return output
+
+    def start(self, *command, **environment):
+        """Starts a command of the agent's: its process, and the lines that it writes."""
+        process = subprocess.Popen(self._command(command, True, environment),
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
+        self._processes.append(process)
+        return types.SimpleNamespace(process=process, output=Lines(process.stdout))
+
+    def host_pid(self, pid):
+        """The number that a process of the tree has without."""
+        space = os.readlink(f"/proc/{self.first}/ns/pid")
+        for each in filter(str.isdigit, os.listdir("/proc")):
+            with contextlib.suppress(OSError):
+                with open(f"/proc/{each}/status", encoding="utf-8") as file:
+                    numbers = next(line for line in file if line.startswith("NSpid:")).split()
+                if int(numbers[-1]) == pid and os.readlink(f"/proc/{each}/ns/pid") == space:
+                    return int(each)
+        raise ProcessLookupError(pid)
+
+    # Packages.
+
+    def install(self, package):
+        """Installs the package of a file, and what it depends on."""
+        with open(package, "rb") as file:
+            self.write("/tmp/package.deb", file.read())
+        self.apt("install", "--no-install-recommends", "/tmp/package.deb")
+
+    def apt(self, action, *arguments):
+        return self.run("apt-get", "-q", action, "--yes", *arguments,
+                        DEBIAN_FRONTEND="noninteractive")
+
+    def files(self):
+        """All that is installed, by path: kind, mode, owner and content."""
+        files = self.run("find", "/", "-xdev", "-printf", "%p\\t%y %m %u:%g %l\\0")
+        found = dict(each.split("\t") for each in files.split("\0")[:-1])
+        sums = self.run("find", "/", "-xdev", "-type", "f", "-exec", "md5sum", "--zero", "{}", "+")
+        for content, path in (each.split("  ", 1) for each in sums.split("\0")[:-1]):
+            found[path] += content
+        return found
+
+    # Links.
+
+    def start_bus(self):
+        """Starts the agent's session bus."""
+        self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--nosyslog",
+                   f"--address=unix:path={RUNTIME}/bus", "--print-address").output.next()
+
+    def owner(self):
+        """The process that has the program's name on the bus, by its number in the tree, if any."""
+        answer = self.run(
+            "sh", "-c", """gdbus call --session --dest org.freedesktop.DBus --object-path / \\
+              --method org.freedesktop.DBus.GetConnectionUnixProcessID "$1" 2>&1 || true""",
+            "-", NAME, agent=True)
+        if "NameHasNoOwner" in answer:
+            return None
+        return int(re.fullmatch(r"\(uint32 (\d+),\)\n", answer)[1])
+
+    def page(self):
+        """The page that is opened next, and the process that has it."""
+        pid, page = self._pages.next().split(" ", 1)
+        return types.SimpleNamespace(pid=int(pid), url=page)
+
+    # How all this is made, and taken away.
+
+    def _command(self, command, agent, environment):
+        variables = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8"}
+        user = []
+        if agent:
+            user = [f"--setuid={AGENT}", f"--setgid={AGENT}"]
+            variables |= {"HOME": HOME, "XDG_RUNTIME_DIR": RUNTIME,
+                          "DBUS_SESSION_BUS_ADDRESS": f"unix:path={RUNTIME}/bus"}
+        variables |= environment
+        return ["nsenter", f"--target={self.first}", *self._enter, "--mount", "--pid", "--root",
+                "--wd", *user, "env", "-i", *(f"{name}={value}" for name, value in
+                                              variables.items()), *command]
+
+    def _make_handler(self):
+        """A default handler of pages that tells of each, and stays for one that ends in #stay."""
+        self.run("mkdir", "-p", HOME + "/.config", HOME + "/.local/share/applications", agent=True)
+        self.run("mkfifo", "--mode=666", HOME + "/pages", HOME + "/end", agent=True)
+        self.write(HOME + "/record", RECORDER.encode())
+        self.run("chmod", "+x", HOME + "/record")
+        self.write(HOME + "/.local/share/applications/record.desktop", ENTRY.encode())
+        self.write(HOME + "/.config/mimeapps.list", CHOICES.encode())
+        # Open for writing, too, it never ends.
+        self._pages = Lines(open(self.path(HOME + "/pages"), "r+b", buffering=0))
+
+    def _stop(self):
+        # The first process of the tree ends with it, and all others with the first.
+        self._starter.kill()
+        for process in self._processes:
+            process.wait(LIMIT)
+            process.stdout.close()
+        if self._pages:
+            self._pages.close()
