@@ -74,12 +74,12 @@ class Tree:
         assert done.returncode == status, f"{command}: {done.returncode}: {output}"
         return output
 
-    def start(self, *command, **environment):
-        """Starts a command of the agent's: its process, and the lines that it writes."""
-        process = subprocess.Popen(self._command(command, True, environment),
+    def start(self, *command, agent=True, **environment):
+        """Starts a command that goes on; the lines that it writes."""
+        process = subprocess.Popen(self._command(command, agent, environment),
                                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
         self._processes.append(process)
-        return types.SimpleNamespace(process=process, output=Lines(process.stdout))
+        return Lines(process.stdout)
 
     def host_pid(self, pid):
         """The number that a process of the tree has without."""
@@ -118,7 +118,7 @@ class Tree:
     def start_bus(self):
         """Starts the agent's session bus."""
         self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--nosyslog",
-                   f"--address=unix:path={RUNTIME}/bus", "--print-address").output.next()
+                   f"--address=unix:path={RUNTIME}/bus", "--print-address").next()
 
     def owner(self):
         """The process that has the program's name on the bus, by its number in the tree, if any."""
