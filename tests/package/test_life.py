@@ -15,10 +15,16 @@ MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/d
                       r"/var/log/(alternatives\.log|apt/.*|dpkg\.log)")
 
 
-class LifeOfAnInstallation(PackageTestCase):
+class InstallationTestCase(PackageTestCase):
     def setUp(self):
         self.tree = Tree(self)
 
+    def expect_page(self, page, follow):
+        follow(page_link(page, "screenpop:"))
+        self.assertEqual(self.tree.page().url, page)
+
+
+class LifeOfAnInstallation(InstallationTestCase):
     def test_installs_upgrades_and_leaves(self):
         before = self.tree.files()
         self.tree.install(package("vastel-connect_*.deb"))
@@ -61,10 +67,6 @@ class LifeOfAnInstallation(PackageTestCase):
             self.expect_page(page, lambda link: self.tree.run(
                 *opener.split(), link, agent=True, XDG_CURRENT_DESKTOP=desktop, DISPLAY=":none"))
 
-    def expect_page(self, page, follow):
-        follow(page_link(page, "screenpop:"))
-        self.assertEqual(self.tree.page().url, page)
-
     def expect_no_trace(self):
         """That nobody takes the scheme, while the packages that keep indexes are still there."""
         self.assertIn("No default applications", self.tree.run(
@@ -93,6 +95,28 @@ class LifeOfAnInstallation(PackageTestCase):
         process = self.tree.host_pid(pid)
         self.tree.run("sh", "-c", 'kill "$1"', "-", str(pid))
         wait_for_end(process)
+
+
+class UnpackedArchive(InstallationTestCase):
+    def test_takes_links(self):
+        """After the commands that docs/internals.md gives."""
+        # As Debian's installer leaves it.
+        self.tree.run("chmod", "2775", "/usr/local")
+        folders = ["stat", "--format=%n %a %u:%g", "/", "/usr", "/usr/local", "/usr/local/share"]
+        before = self.tree.run(*folders)
+        with open(package("vastel-connect-*.tar.gz"), "rb") as file:
+            self.tree.write("/tmp/archive.tar.gz", file.read())
+        self.tree.apt("install", "--no-install-recommends", "desktop-file-utils")
+        self.tree.run("tar", "--no-overwrite-dir", "-C", "/", "-xzf", "/tmp/archive.tar.gz")
+        self.tree.run("update-desktop-database", "/usr/local/share/applications")
+        self.assertEqual(self.tree.run(*folders), before)
+
+        self.tree.start_bus()
+        self.expect_page("https://page.test/", lambda link: self.tree.run(
+            "gio", "open", link, agent=True))
+        self.assertEqual(
+            self.tree.run("readlink", f"/proc/{self.tree.owner()}/exe").strip(),
+            "/usr/local/bin/vastel-connect")
 
 
 if __name__ == "__main__":
