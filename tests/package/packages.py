@@ -10,7 +10,8 @@ import unittest
 PACKAGES = os.environ["CONNECT_PACKAGES"]
 NAME = "com.vastel.Connect"
 
-# In this many seconds, whatever a test waits for has happened, however busy the machine is.
+# In this many seconds, whatever a test waits for has happened, however busy the machine is; apt
+# loads packages, among it.
 LIMIT = 60
 
 # What a package holds under its prefix, whatever its form; what depends on the system's ways is

@@ -11,6 +11,8 @@ import types
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path[:0] = [HERE, os.path.join(os.path.dirname(HERE), "road")]
 
+from packages import LIMIT
+
 from desktop import NAME, Lines, children
 
 ARCHIVE = os.environ["CONNECT_TREE"]
@@ -18,9 +20,6 @@ ARCHIVE = os.environ["CONNECT_TREE"]
 AGENT = 1000
 HOME = "/home/agent"
 RUNTIME = f"/run/user/{AGENT}"
-
-# In this many seconds, whatever a test waits for has happened: apt loads packages among it.
-LIMIT = 120
 
 RECORDER = f"""#!/bin/sh
 echo "$$ $*" > {HOME}/pages
