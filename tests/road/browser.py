@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import queue
+import select
 import shutil
 import subprocess
 import sys
@@ -18,6 +19,8 @@ import threading
 import urllib.request
 
 NAME = "com.vastel.Connect"
+POLICY = pathlib.Path(__file__).resolve().parents[2] / "packaging/policies/chromium.json"
+POLICY_ORIGIN = "https://phone.example.com"
 LIMIT = 60  # Seconds, for each event that is waited for. Nothing takes as long on a healthy system.
 TOOLS = ["chromium", "chromedriver", "Xvfb", "dbus-daemon", "gdbus", "gio", "xdg-open", "mount"]
 KEPT_VARIABLES = ["PATH", "LANG", "LC_ALL", "TZ", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS",
@@ -67,13 +70,15 @@ def why_not():
 class Pages:
     """A web server that remembers the paths that it was asked for, in `requests`.
 
-    Each page tells the server the address that it was opened with, once it is there.
+    Each page tells the server the address that it was opened with, once it is there, but for those
+    whose texts stand in `texts`, by path.
     """
 
     def __init__(self):
         self.requests = []
         self.opened = queue.Queue()
         self.link = ""
+        self.texts = {}
         pages = self
 
         class Handler(http.server.BaseHTTPRequestHandler):
@@ -82,7 +87,7 @@ class Pages:
                 self.send_response(200)
                 self.send_header("Content-Type", "text/html; charset=utf-8")
                 self.end_headers()
-                self.wfile.write(pages.text().encode())
+                self.wfile.write(pages.texts.get(self.path, pages.text()).encode())
 
             def do_POST(self):
                 length = int(self.headers["Content-Length"])
@@ -117,8 +122,11 @@ class Pages:
 class Desktop:
     """The session: `environment` is what a program that is started in it gets."""
 
-    def __init__(self, stage, current_desktop):
+    def __init__(self, stage, current_desktop, permitted=True):
+        """`permitted`: by policy, links of its pages open without a question."""
         self._stage = pathlib.Path(stage)
+        self._permitted = permitted
+        self._records = None
         self._processes = []
         self._folder = tempfile.TemporaryDirectory(prefix="connect-", ignore_cleanup_errors=True)
         self.pages = Pages()
@@ -131,11 +139,12 @@ class Desktop:
         if current_desktop:
             self.environment["XDG_CURRENT_DESKTOP"] = current_desktop
         self._switches = [*CHROMIUM_SWITCHES, f"--user-data-dir={self._make_folder('profile')}"]
+        self._make_default(f"chromium {' '.join(self._switches)} %U")
 
     def start(self):
         """Brings up the screen, the bus and the browser, which shows the page with the link."""
-        self._make_browser_the_default()
-        self._permit_links_of_the_page()
+        if self._permitted:
+            self._permit_links_of_the_page()
         self.environment["DISPLAY"] = ":" + self._start_and_read_line(
             ["Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1024x768x24"])
         configuration = self._make_folder("bus") / "bus.conf"
@@ -150,6 +159,23 @@ class Desktop:
         self._run(["gdbus", "wait", "--session", "--timeout", str(LIMIT), NAME])
         return program
 
+    def record_pages(self, scheme):
+        """Makes a program the default browser that notes what it is given, for `recorded_page`."""
+        folder = self._make_folder("recorder")
+        os.mkfifo(folder / "pages")
+        # Held open for both, so that neither side waits for the other.
+        self._records = open(os.open(folder / "pages", os.O_RDWR), encoding="utf-8")
+        program = folder / "browser"
+        program.write_text(f"#!/bin/sh\nprintf '%s\\n' \"$*\" > {folder}/pages\n")
+        program.chmod(0o755)
+        self._make_default(f"{program} %u", scheme)
+
+    def recorded_page(self):
+        """The arguments with which the default browser is started next."""
+        if not select.select([self._records], [], [], LIMIT)[0]:
+            raise AssertionError("the default browser is not started")
+        return self._records.readline().rstrip("\n")
+
     def has_program(self):
         """Whether a process has the application's name on the bus."""
         return self._call_bus("NameHasOwner") == "(true,)"
@@ -160,6 +186,8 @@ class Desktop:
         return os.path.realpath(f"/proc/{number}/exe")
 
     def close(self):
+        if self._records is not None:
+            self._records.close()
         for process in reversed(self._processes):
             process.terminate()
         for process in self._processes:
@@ -192,14 +220,15 @@ class Desktop:
                           "--object-path", "/org/freedesktop/DBus", "--method",
                           f"org.freedesktop.DBus.{method}", NAME])
 
-    def _make_browser_the_default(self):
+    def _make_default(self, command, scheme="http"):
+        """Makes this the command of the default browser for a scheme."""
         entry = pathlib.Path(self.environment["XDG_DATA_HOME"]) / "applications/browser.desktop"
-        entry.parent.mkdir()
+        entry.parent.mkdir(exist_ok=True)
         entry.write_text("[Desktop Entry]\nType=Application\nName=Browser\n"
-                         f"Exec=chromium {' '.join(self._switches)} %U\n"
-                         "MimeType=x-scheme-handler/http;\n")
+                         f"Exec={command}\nMimeType=x-scheme-handler/{scheme};\n")
         preferences = pathlib.Path(self.environment["XDG_CONFIG_HOME"]) / "mimeapps.list"
-        preferences.write_text("[Default Applications]\nx-scheme-handler/http=browser.desktop\n")
+        preferences.write_text(
+            f"[Default Applications]\nx-scheme-handler/{scheme}=browser.desktop\n")
 
     def _permit_links_of_the_page(self):
         """The policy with which an administrator saves people the browser's question."""
@@ -208,8 +237,8 @@ class Desktop:
         shutil.copytree(settings, copy, dirs_exist_ok=True)
         policies = copy / "policies/managed"
         policies.mkdir(parents=True, exist_ok=True)
-        (policies / "screenpop.json").write_text(json.dumps({"AutoLaunchProtocolsFromOrigins": [
-            {"protocol": "screenpop", "allowed_origins": [self.pages.origin]}]}))
+        (policies / "screenpop.json").write_text(
+            POLICY.read_text().replace(POLICY_ORIGIN, self.pages.origin))
         subprocess.run(["mount", "--bind", copy, settings], check=True)
 
     def _start_chromedriver(self):
@@ -236,8 +265,17 @@ class Browser:
         self._command("POST", "/url", {"url": address})
 
     def click(self, selector):
-        element = self._command("POST", "/element", {"using": "css selector", "value": selector})
-        self._command("POST", f"/element/{next(iter(element.values()))}/click", {})
+        self._command("POST", f"{self._element(selector)}/click", {})
+
+    def type(self, selector, text):
+        """Puts a text in the place of what stands in a field."""
+        element = self._element(selector)
+        self._command("POST", f"{element}/clear", {})
+        self._command("POST", f"{element}/value", {"text": text})
+
+    def execute(self, script, *arguments):
+        """What a function of this text returns in the page."""
+        return self._command("POST", "/execute/sync", {"script": script, "args": arguments})
 
     def addresses(self):
         """The address of each tab."""
@@ -249,6 +287,10 @@ class Browser:
 
     def close(self):
         self._command("DELETE", "")
+
+    def _element(self, selector):
+        element = self._command("POST", "/element", {"using": "css selector", "value": selector})
+        return f"/element/{next(iter(element.values()))}"
 
     def _command(self, method, path, body=None):
         data = None if body is None else json.dumps(body).encode()

@@ -1,5 +1,6 @@
 """A link on a web page, clicked in Chromium, opens its page in the same browser."""
 
+import itertools
 import os
 import re
 import unittest
@@ -32,20 +33,37 @@ class BrowserTest(unittest.TestCase):
     def test_link_with_slashes_in_plain_session_starts_program(self):
         self.check_start(None, "screenpop://")
 
+    def test_without_the_policy_the_question_comes_first(self):
+        desktop, _, _ = self.make_desktop("GNOME", "screenpop:", permitted=False)
+        program = desktop.start_program("-log")
+        desktop.browser.show(f"{desktop.pages.origin}/call")
+        desktop.pages.wait_for_page()
+        # The question takes the focus from the page.
+        desktop.browser.execute(
+            "onblur = () => fetch('/opened', {method: 'POST', body: 'question'})")
+        desktop.browser.click("#link")
+        self.assertEqual(desktop.pages.wait_for_page(), "question")
+        log = self.end_program(program)
+        self.assertEqual(log, [])
+        self.assertEqual(desktop.pages.requests, ["/call"])
+
     def check_running_program(self, current_desktop, protocol):
         desktop, page, link = self.make_desktop(current_desktop, protocol)
         program = desktop.start_program("-log")
         self.click_link(desktop, page)
 
-        program.terminate()
-        output, _ = program.communicate(timeout=browser.LIMIT)
-        lines = output.split("\n")
-        self.assertEqual(lines.pop(), "")
-        banner, log = lines[:-4], lines[-4:]
-        self.assertFalse([line for line in banner if line.startswith("Log ")])
+        log = self.end_program(program)
         self.assertEqual([re.sub(r"^Log \d\d:\d\d:\d\d> ", "", line) for line in log], [
             "new uri event", f"process uri: {link}", "process screenpop", f"webpage: {page}"])
+
+    def end_program(self, program):
+        """The log lines of a program that is asked to end."""
+        program.terminate()
+        output, _ = program.communicate(timeout=browser.LIMIT)
         self.assertEqual(program.returncode, 0)
+        lines = output.split("\n")
+        self.assertEqual(lines.pop(), "")
+        return list(itertools.dropwhile(lambda line: not line.startswith("Log "), lines))
 
     def check_start(self, current_desktop, protocol):
         desktop, page, _ = self.make_desktop(current_desktop, protocol)
@@ -54,11 +72,11 @@ class BrowserTest(unittest.TestCase):
         self.assertEqual(desktop.program_path(),
                          os.path.realpath(os.environ["CONNECT_STAGE"] + "/bin/vastel-connect"))
 
-    def make_desktop(self, current_desktop, protocol):
+    def make_desktop(self, current_desktop, protocol, permitted=True):
         reason = browser.why_not()
         if reason:
             self.skipTest(reason)
-        desktop = browser.Desktop(os.environ["CONNECT_STAGE"], current_desktop)
+        desktop = browser.Desktop(os.environ["CONNECT_STAGE"], current_desktop, permitted)
         self.addCleanup(desktop.close)
         page = f"{desktop.pages.origin}/customer?number=+31201234567&name=Jansen,%20M.#call"
         payload = browser.encode_record({"WebPage": page})

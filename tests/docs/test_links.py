@@ -1,0 +1,135 @@
+"""docs/links.html in Chromium: what it says about links, and the links that it makes."""
+
+import os
+import pathlib
+import re
+import unittest
+
+import browser
+import desktop
+import links
+
+PAGE_FILE = pathlib.Path(__file__).resolve().parents[2] / "docs/links.html"
+PREFIX = "Log hh:mm:ss> "
+
+
+class ReadingTest(unittest.TestCase):
+    maxDiff = None
+
+    def test_the_page_says_what_the_program_does(self):
+        texts = links.all_links()
+        readings = self.read_in_browser(texts)
+        self.assertGreater(len(texts), 150)
+        self.assertEqual({reading["messages"][-1].partition(": ")[0] for reading in readings}, {
+            "invalid protocol", "Invalid protocol", "process screenpop", "Could not decode",
+            "no webpage to open", "webpage"})
+        schemes = {reading["opens"].partition(":")[0].lower()
+                   for reading in readings if reading["opens"]}
+        self.desktop = desktop.Desktop(self)
+        self.desktop.install_handler(sorted(schemes))
+        self.listener = None
+        for text, reading in zip(texts, readings):
+            with self.subTest(text=text[:200]):
+                self.follow(text, reading)
+
+    def read_in_browser(self, texts):
+        if reason := browser.why_not():
+            self.skipTest(reason)
+        session = browser.Desktop(os.environ["CONNECT_STAGE"], None, permitted=False)
+        try:
+            session.start()
+            session.browser.show(PAGE_FILE.as_uri())
+            readings = session.browser.execute("return arguments[0].map(readLink)", texts)
+            session.browser.close()
+        finally:
+            session.close()
+        return readings
+
+    def follow(self, text, reading):
+        if self.listener is None:
+            self.listener = self.desktop.listen("-log")
+        self.desktop.open(text)
+        expected = "".join(f"{PREFIX}{message}\n" for message in reading["messages"])
+        lines = [self.listener.output.next() for _ in range(expected.count("\n"))]
+        self.assertEqual("".join(without_time(line) + "\n" for line in lines), expected)
+        if reading["opens"] is not None:
+            self.assertEqual(self.desktop.opened(), reading["opens"])
+        if reading["ends"]:
+            result = self.listener.finish()
+            self.assertEqual((result.output, result.errors, result.status), ("", "", 70))
+            self.listener = None
+
+
+class LengthTest(unittest.TestCase):
+    def test_a_command_line_holds_as_much_as_is_said(self):
+        session = desktop.Desktop(self)
+        listener = session.listen("-log")
+        text = f"screenpop:{'A' * (131071 - len('screenpop:'))}"
+        session.run(text)
+        self.assertEqual(listener.messages(2)[1], "process uri: " + text)
+        with self.assertRaises(OSError):
+            session.run(text + "A")
+
+
+class MakingTest(unittest.TestCase):
+    def test_the_example_makes_a_link(self):
+        session = self.start_session("<a id=link>call</a>")
+        (example,) = re.findall("^```js\n(.*?)^```$", PAGE_FILE.with_suffix(".md").read_text(),
+                                re.MULTILINE | re.DOTALL)
+        session.browser.execute(example)
+        session.browser.click("#link")
+        self.assertEqual(session.recorded_page(), "https://crm.example/48213")
+
+    def test_one_link_follows_from_one_click(self):
+        first, second, third = (desktop.page_link(f"https://crm.example/{n}") for n in (1, 2, 3))
+        session = self.start_session(f"<a id=first href={first}>1</a>"
+                                     f"<a id=third href={third}>3</a>")
+        session.browser.click("#first")
+        self.assertEqual(session.recorded_page(), "https://crm.example/1")
+        session.browser.execute("location.href = arguments[0]", second)
+        session.browser.click("#third")
+        self.assertEqual(session.recorded_page(), "https://crm.example/3")
+
+    def test_the_link_that_the_page_makes_opens_its_page(self):
+        self.check_link("#plain", "screenpop:")
+
+    def test_the_link_with_slashes_that_the_page_makes_opens_its_page(self):
+        self.check_link("#slashes", "screenpop://")
+
+    def start_session(self, text):
+        """A desktop whose browser shows a page of this text."""
+        if reason := browser.why_not():
+            self.skipTest(reason)
+        session = browser.Desktop(os.environ["CONNECT_STAGE"], "GNOME")
+        self.addCleanup(session.close)
+        session.record_pages("https")
+        session.pages.texts["/links.html"] = text
+        session.start()
+        self.addCleanup(session.browser.close)
+        session.browser.show(f"{session.pages.origin}/links.html")
+        return session
+
+    def check_link(self, selector, prefix):
+        session = self.start_session(PAGE_FILE.read_text())
+        session.browser.type("#page", "https://crm.example/?number=%2B31201234567")
+        session.browser.type("#fields", "Caller name=Jänsen, M. 📞\nCaller number=+31=201234567")
+        link = desktop.make_link(
+            '{"WebPage":"https://crm.example/?number=%2B31201234567",'
+            '"CallFields":{"Caller name":"Jänsen, M. 📞","Caller number":"+31=201234567"}}', prefix)
+        self.assertEqual(session.browser.execute(
+            f"return document.querySelector('{selector}').textContent"), link)
+        self.assertEqual(session.browser.execute("return at('log').textContent").split("\n"), [
+            f"{PREFIX}new uri event", f"{PREFIX}process uri: {link.replace('://', ':')}",
+            f"{PREFIX}process screenpop",
+            f"{PREFIX}webpage: https://crm.example/?number=%2B31201234567", ""])
+        session.browser.click(selector)
+        self.assertEqual(session.recorded_page(), "https://crm.example/?number=%2B31201234567")
+
+
+def without_time(line):
+    return re.sub(r"^Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> ", PREFIX, line)
+
+
+if __name__ == "__main__":
+    browser.enter_own_namespaces()
+    unittest.main()
