@@ -23,8 +23,10 @@ class ReadingTest(unittest.TestCase):
         self.assertEqual({reading["messages"][-1].partition(": ")[0] for reading in readings}, {
             "invalid protocol", "Invalid protocol", "process screenpop", "Could not decode",
             "no webpage to open", "webpage"})
-        schemes = {reading["opens"].partition(":")[0].lower()
-                   for reading in readings if reading["opens"]}
+        # A handler for whatever might be a scheme, so that nothing is opened unseen.
+        starts = [re.match(r"webpage: ([A-Za-z0-9+.-]+):", reading["messages"][-1])
+                  for reading in readings]
+        schemes = {start[1].lower() for start in starts if start}
         self.desktop = desktop.Desktop(self)
         self.desktop.install_handler(sorted(schemes))
         self.listener = None
