@@ -1,0 +1,95 @@
+"""A link that docs/links.html makes opens its page through the installed package.
+
+The package is really installed, into overlays that stand in front of the machine's own folders and
+are gone with the test's namespace.
+"""
+
+import glob
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import browser
+
+PAGE_FILE = pathlib.Path(__file__).resolve().parents[2] / "docs/links.html"
+FOLDERS = ["etc", "usr", "var"]
+
+
+def become_root():
+    """Starts this script again as root, whose overlays alone can stand in front of root's files."""
+    if os.geteuid() == 0 or shutil.which("sudo") is None:
+        return
+    sudo = ["sudo", "--non-interactive", "env"]
+    if subprocess.run([*sudo, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
+        kept = [f"{name}={value}" for name, value in os.environ.items()
+                if name.startswith("CONNECT_") or name in browser.KEPT_VARIABLES
+                or name == "PYTHONPATH"]
+        os.execvp("sudo", [*sudo, *kept, sys.executable, "-B", *sys.argv])
+
+
+class Overlays:
+    """The machine's folders as far as packages go into them, for this namespace to change."""
+
+    def __init__(self):
+        self._machine = {name: os.open(f"/{name}", os.O_PATH) for name in FOLDERS}
+        changes = tempfile.mkdtemp(prefix="connect-overlay-")
+        subprocess.run(["mount", "-t", "tmpfs", "tmpfs", changes], check=True)
+        for name in FOLDERS:
+            upper, work = f"{changes}/{name}", f"{changes}/{name}.work"
+            os.mkdir(upper)
+            os.mkdir(work)
+            options = f"lowerdir=/{name},upperdir={upper},workdir={work}"
+            subprocess.run(["mount", "-t", "overlay", "-o", options, "overlay", f"/{name}"],
+                           check=True)
+        # They keep what they need of it.
+        subprocess.run(["umount", "--lazy", changes], check=True)
+        os.rmdir(changes)
+
+    def machine_path(self, path):
+        """Where a file of the machine's own is found, behind the overlays."""
+        folder, _, rest = path.lstrip("/").partition("/")
+        return pathlib.Path(f"/proc/self/fd/{self._machine[folder]}/{rest}")
+
+
+class InstalledTest(unittest.TestCase):
+    def test_a_link_opens_its_page_through_the_installed_package(self):
+        if os.geteuid() != 0:
+            self.skipTest("neither root nor, without a password, sudo")
+        if reason := browser.why_not():
+            self.skipTest(reason)
+        before = pathlib.Path("/var/lib/dpkg/status").stat()
+        overlays = Overlays()
+        self.assertFalse(os.path.exists(f"/usr/share/applications/{browser.NAME}.desktop"))
+        (package,) = glob.glob(os.environ["CONNECT_PACKAGES"] + "/vastel-connect_*.deb")
+        subprocess.run(["dpkg", "--install", package], check=True, stdout=subprocess.DEVNULL,
+                       env={**os.environ, "PATH": "/usr/sbin:/usr/bin:/sbin:/bin"})
+
+        session = browser.Desktop("/usr", "GNOME")
+        self.addCleanup(session.close)
+        session.record_pages("https")
+        session.pages.texts["/links.html"] = PAGE_FILE.read_text(encoding="utf-8")
+        session.start()
+        self.addCleanup(session.browser.close)
+        session.browser.show(f"{session.pages.origin}/links.html")
+        session.browser.type("#page", "https://crm.example/?number=%2B31201234567")
+        session.browser.click("#plain")
+        self.assertEqual(session.recorded_page(), "https://crm.example/?number=%2B31201234567")
+        self.assertEqual(session.program_path(), "/usr/bin/vastel-connect")
+
+        # All that was in the overlays only.
+        for path in ["/usr/bin/vastel-connect", f"/usr/share/applications/{browser.NAME}.desktop"]:
+            self.assertTrue(os.path.exists(path))
+            self.assertFalse(overlays.machine_path(path).exists())
+        after = overlays.machine_path("/var/lib/dpkg/status").stat()
+        self.assertEqual((after.st_ino, after.st_mtime_ns), (before.st_ino, before.st_mtime_ns))
+
+
+if __name__ == "__main__":
+    become_root()
+    if os.geteuid() == 0:
+        browser.enter_own_namespaces()
+    unittest.main()
