@@ -12,6 +12,7 @@ from road import LINK, PAGE, page_messages
 ROOT = pathlib.Path(DATA).parents[1]
 POLICIES = ROOT / "packaging/policies"
 TEXT = (ROOT / "docs/deploy.md").read_text(encoding="utf-8")
+UNIT = pathlib.Path(STAGE) / "share/systemd/user/vastel-connect.service"
 ORIGIN = "https://phone.example.com"
 POLICY = [{"protocol": "screenpop", "allowed_origins": [ORIGIN]}]
 
@@ -73,14 +74,23 @@ class SettingsTest(unittest.TestCase):
                                XDG_CONFIG_DIRS=str(system), LC_ALL="C.UTF-8").finish()
         return result.output.splitlines()[0].rpartition(" ")[2]
 
+    def test_the_unit_takes_the_setting(self):
+        desktop = Desktop(self, bus=False)
+        unit = pathlib.Path(desktop.folder) / UNIT.name
+        unit.write_bytes(UNIT.read_bytes())
+        drop_in = pathlib.Path(f"{unit}.d/override.conf")
+        drop_in.parent.mkdir()
+        drop_in.write_text(settings("Service").replace("/usr/bin/vastel-connect", PROGRAM))
+        result = desktop.spawn("systemd-analyze", "--user", "--man=no", "verify", unit).finish()
+        self.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+
     def test_the_unit_logs_all_links_but_the_one_that_starts_it(self):
         commands = re.findall("^ExecStart=(.*)$", settings("Service"), re.MULTILINE)
         self.assertEqual(commands[0], "")
-        unit = (pathlib.Path(STAGE) / "share/systemd/user/vastel-connect.service").read_text()
-        self.assertIn(f"ExecStart={commands[1].replace('/usr/bin/vastel-connect', PROGRAM)}",
-                      unit.replace("--dbus-service", "--dbus-service -jsonlog"))
+        command = commands[1].replace("/usr/bin/vastel-connect", PROGRAM)
+        self.assertIn(f"ExecStart={command.removesuffix(' -jsonlog')}\n", UNIT.read_text())
 
-        desktop = Desktop(self, service=commands[1].replace("/usr/bin/vastel-connect", PROGRAM))
+        desktop = Desktop(self, service=command)
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         second = page_link(PAGE, Note="second")
