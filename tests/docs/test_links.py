@@ -33,6 +33,7 @@ class ReadingTest(unittest.TestCase):
         for text, reading in zip(texts, readings):
             with self.subTest(text=text[:200]):
                 self.follow(text, reading)
+        self.assertEqual(self.listener.end().output, "")
 
     def read_in_browser(self, texts):
         if reason := browser.why_not():
@@ -92,17 +93,34 @@ class MakingTest(unittest.TestCase):
         session.browser.click("#third")
         self.assertEqual(session.recorded_page(), "https://crm.example/3")
 
+    def test_chromium_follows_a_link_as_long_as_is_said(self):
+        session = self.start_session("""<a id=link>call</a><script>
+            const report = (what) => fetch("/opened", { method: "POST", body: what });
+            // The question about a link takes the focus, and the page that stands for a link that
+            // is too long takes the place of this one.
+            onblur = () => report("question");
+            onpagehide = () => navigator.sendBeacon("/opened", "gone");
+            const make = (length) => { link.href = "screenpop:".padEnd(length, "A"); };
+            </script>""", permitted=False)
+        session.browser.execute("make(2097153)")
+        session.browser.click("#link")
+        self.assertEqual(session.pages.wait_for_page(), "gone")
+        session.browser.show(f"{session.pages.origin}/links.html")
+        session.browser.execute("make(2097152)")
+        session.browser.click("#link")
+        self.assertEqual(session.pages.wait_for_page(), "question")
+
     def test_the_link_that_the_page_makes_opens_its_page(self):
         self.check_link("#plain", "screenpop:")
 
     def test_the_link_with_slashes_that_the_page_makes_opens_its_page(self):
         self.check_link("#slashes", "screenpop://")
 
-    def start_session(self, text):
+    def start_session(self, text, permitted=True):
         """A desktop whose browser shows a page of this text."""
         if reason := browser.why_not():
             self.skipTest(reason)
-        session = browser.Desktop(os.environ["CONNECT_STAGE"], "GNOME")
+        session = browser.Desktop(os.environ["CONNECT_STAGE"], "GNOME", permitted)
         self.addCleanup(session.close)
         session.record_pages("https")
         session.pages.texts["/links.html"] = text
