@@ -3,6 +3,7 @@
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
+#include <csignal>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,7 @@ struct Host {
   sd_bus* bus = nullptr;
   /// Null before the application's event loop is made.
   sd_event* eventLoop = nullptr;
+  /// The event loop has ended, or is about to.
   bool terminating = false;
 };
 
@@ -35,6 +37,9 @@ struct Host {
 
 /// Hands one URI to the handler as an event, and lends `token` to the page that it opens.
 void deliverUri(std::string_view uri, const ActivationToken& token);
+
+/// SIGINT, SIGTERM and SIGHUP, which ask a program to end.
+[[nodiscard]] const sigset_t& endingSignals();
 
 /// Writes one line of the host's own to standard error.
 void complain(std::string_view text);

@@ -213,6 +213,12 @@ class Desktop:
                 else GLib.Variant("s", value) for key, value in platform_data.items()}
         self.call("Open", GLib.Variant("(asa{sv})", (links, data)))
 
+    def call_open(self, links, answers):
+        """Follows links, and appends the answer when it comes."""
+        self.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", (links, {})),
+                      None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
+                      lambda bus, result: answers.append(bus.call_finish(result)))
+
     def ask_bus(self, method, *arguments):
         signature = "(" + "".join("u" if isinstance(each, int) else "s" for each in arguments) + ")"
         answer = self.bus.call_sync(

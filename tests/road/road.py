@@ -6,7 +6,7 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, LIMIT, NAME, OBJECT, make_link, page_link
+from desktop import LIMIT, make_link, page_link
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)
@@ -100,9 +100,3 @@ class RoadTestCase(unittest.TestCase):
 
     def start_at_once(self, desktop, links):
         return [desktop.start(link) for link in links]
-
-    def call_open(self, desktop, link, answers):
-        """Follows a link, and appends the answer when it comes."""
-        desktop.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", ([link], {})),
-                         None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
-                         lambda bus, result: answers.append(bus.call_finish(result)))

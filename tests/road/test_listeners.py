@@ -167,7 +167,7 @@ class ListenersTest(RoadTestCase):
         listener = desktop.listen("-log")
         listener.send(signal.SIGSTOP)
         answers = []
-        self.call_open(desktop, LINK, answers)
+        desktop.call_open([LINK], answers)
         # Once this is answered, the bus has passed the call on.
         desktop.ask_bus("GetId")
         listener.send(signal.SIGTERM)

@@ -7,11 +7,14 @@ import itertools
 import json
 import os
 import re
+import select
 import signal
 import socket
+import termios
+import time
 import unittest
 
-from desktop import (DATA, PROGRAM, Desktop, golden, log_message, make_link, page_link,
+from desktop import (DATA, LIMIT, PROGRAM, Desktop, golden, log_message, make_link, page_link,
                      status_of)
 
 SWITCHES = {
@@ -213,6 +216,60 @@ class TerminalTest(unittest.TestCase):
 
     def test_a_slow_reader_of_a_pipe_that_does_not_block_gets_every_byte(self):
         self.expect_every_byte_for_a_slow_reader(blocking=False)
+
+    def expect_end_for_a_stuck_reader(self, desktop, output, number=signal.SIGTERM,
+                                      stop=lambda: None):
+        """Follows links until `output`, which `stop` stops, takes no more; then asks for the end."""
+        process = desktop.start("-log", streams={"stdout": output})
+        desktop.wait_for_owner(process.pid)
+        stop()
+        answers = []
+        links = [page_link(PAGE, Note="x" * size) for size in (60_000, 1_000_000)]
+        for link in (LINK, *links, LINK):
+            desktop.call_open([link], answers)
+        # Once this is answered, the bus has passed the calls on.
+        desktop.ask_bus("GetId")
+        deadline = time.monotonic() + LIMIT
+        while select.select([], [output], [], 0)[1]:
+            self.assertLess(time.monotonic(), deadline)
+        process.send(number)
+        result = process.finish()
+        self.assertEqual((result.errors, result.status), ("", 0))
+        # What was followed is not lost with its log lines.
+        desktop.wait_until(lambda: len(answers) == 4)
+        self.assertEqual(desktop.opened_all(4), [PAGE] * 4)
+        self.assertEqual(desktop.names_seen()[-1], "")
+
+    def add_pair(self, pair):
+        for each in pair:
+            self.addCleanup(os.close, each)
+        return pair
+
+    def test_each_signal_ends_a_program_whose_log_reader_is_stuck(self):
+        desktop = Desktop(self)
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            for blocking in (True, False):
+                with self.subTest(number, blocking=blocking):
+                    reader, writer = self.add_pair(os.pipe())
+                    os.set_blocking(writer, blocking)
+                    self.expect_end_for_a_stuck_reader(desktop, writer, number)
+                    # Our writing end is as it was, and nothing follows the line that broke off.
+                    self.assertEqual(os.get_blocking(writer), blocking)
+                    *lines, last = os.read(reader, 1 << 20).decode().split("\n")
+                    log = [log_message(line) for line in lines[golden("banner").count("\n"):]]
+                    self.assertEqual(log, MESSAGES + ["new uri event"])
+                    self.assertRegex(last, r"^Log [0-9:]+> process uri: [:/+\w]+\Z")
+
+    def test_a_signal_ends_a_program_whose_terminal_is_stopped(self):
+        _, terminal = self.add_pair(os.openpty())
+        self.expect_end_for_a_stuck_reader(
+            Desktop(self), terminal, stop=lambda: termios.tcflow(terminal, termios.TCOOFF))
+
+    def test_a_signal_ends_a_program_whose_log_goes_into_a_full_socket(self):
+        ours, theirs = socket.socketpair()
+        self.addCleanup(ours.close)
+        self.addCleanup(theirs.close)
+        self.expect_end_for_a_stuck_reader(Desktop(self), theirs)
 
     # Writing.
 

@@ -126,7 +126,7 @@ class TextsTest(RoadTestCase):
         desktop = Desktop(self)
         answers = []
         for page in pages(20):
-            self.call_open(desktop, page_link(page), answers)
+            desktop.call_open([page_link(page)], answers)
         self.assertEqual(desktop.opened_all(20), pages(20))
         desktop.wait_until(lambda: len(answers) == 20)
 
