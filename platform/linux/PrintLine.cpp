@@ -18,6 +18,19 @@
 namespace Vastel_Connect::platform {
 namespace {
 
+/// A reader that takes nothing for so long after a signal to end is stuck.
+constexpr int kLastWaitMilliseconds = 200;
+
+void waitForReaderOrSignal(pollfd& reader) {
+  // Held back for the event loop, which is not here to notice.
+  const int signals = ::signalfd(-1, &endingSignals(), SFD_CLOEXEC);
+  std::array<pollfd, 2> events{reader, {.fd = signals, .events = POLLIN, .revents = 0}};
+  while (::poll(events.data(), events.size(), -1) < 0 && errno == EINTR) {
+  }
+  ::close(signals);
+  reader = events.front();
+}
+
 /// Standard output in a form that does not block. Whether a descriptor blocks is shared with all
 /// who have it, so a pipe or a terminal is opened once more, and a socket is asked each time.
 class Output {
@@ -33,25 +46,19 @@ class Output {
     }
   }
 
-  ssize_t write(std::string_view text) const {
+  [[nodiscard]] ssize_t write(std::string_view text) const {
     if (isSocket_) return ::send(descriptor_, text.data(), text.size(), MSG_DONTWAIT);
     return ::write(descriptor_, text.data(), text.size());
   }
 
-  /// Waits until more can be written. False: the program is to end first. Nothing is written from
-  /// then on, as it would follow a line that may have broken off.
-  bool waitForReader() {
-    // Held back for the event loop, which is not here to notice.
-    const int asked = ::signalfd(-1, &endingSignals(), SFD_CLOEXEC);
-    std::array<pollfd, 2> events{{{.fd = descriptor_, .events = POLLOUT, .revents = 0},
-                                  {.fd = asked, .events = POLLIN, .revents = 0}}};
-    const int patience = host().terminating ? 0 : -1;
-    while (::poll(events.data(), events.size(), patience) < 0 && errno == EINTR) {
-    }
-    ::close(asked);
-    const bool ready = events[0].revents != 0;
-    if (!ready) descriptor_ = -1;
-    return ready;
+  /// Waits until more can be written. False: the program is to end, and the reader takes nothing.
+  /// Nothing is written from then on, as it would follow a line that may have broken off.
+  [[nodiscard]] bool waitForReader() {
+    pollfd reader{.fd = descriptor_, .events = POLLOUT, .revents = 0};
+    if (!host().terminating) waitForReaderOrSignal(reader);
+    if (reader.revents == 0) ::poll(&reader, 1, kLastWaitMilliseconds);
+    if (reader.revents == 0) descriptor_ = -1;
+    return reader.revents != 0;
   }
 
  private:

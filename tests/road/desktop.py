@@ -72,9 +72,13 @@ class Lines:
         """The next line, without its line feed."""
         while b"\n" not in self._text:
             if not self._read():
-                raise EOFError(f"after {self._text!r}")
+                raise EOFError(f"after {self._text[-200:]!r}")
         line, _, self._text = self._text.partition(b"\n")
         return line.decode()
+
+    def is_ready(self):
+        """Whether a line has been read already."""
+        return b"\n" in self._text
 
     def rest(self):
         """All that comes until the other side closes the pipe."""
@@ -184,6 +188,19 @@ class Desktop:
         self._processes.append(process)
         return process
 
+    def forget(self, process):
+        """Lets go of a process that has ended."""
+        process.discard()
+        self._processes.remove(process)
+
+    def wait_for_orphans(self, *staying):
+        """Waits for the end of the handlers that programs which have ended leave behind. `staying`
+        are the processes that the bus started, which are nobody's children either."""
+        known = {*staying, *(process.pid for process in self._processes)}
+        for pid in children("self"):
+            if pid not in known:
+                os.waitpid(pid, 0)
+
     def start(self, *arguments, **options):
         """Starts the program."""
         return self.spawn(PROGRAM, *arguments, **options)
@@ -214,10 +231,16 @@ class Desktop:
         self.call("Open", GLib.Variant("(asa{sv})", (links, data)))
 
     def call_open(self, links, answers):
-        """Follows links, and appends the answer when it comes."""
+        """Follows links, and appends the answer when it comes: None, or the error."""
+        def on_answer(bus, result):
+            try:
+                bus.call_finish(result)
+                answers.append(None)
+            except GLib.Error as error:
+                answers.append(error)
+
         self.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", (links, {})),
-                      None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None,
-                      lambda bus, result: answers.append(bus.call_finish(result)))
+                      None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None, on_answer)
 
     def ask_bus(self, method, *arguments):
         signature = "(" + "".join("u" if isinstance(each, int) else "s" for each in arguments) + ")"

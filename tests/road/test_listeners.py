@@ -175,6 +175,7 @@ class ListenersTest(RoadTestCase):
         self.assertEqual(listener.messages(4), page_messages(LINK))
         self.assertEqual(desktop.opened(), PAGE)
         desktop.wait_until(lambda: answers)
+        self.assertEqual(answers, [None])
         self.expect_silence(listener.finish())
 
     # At rest.

@@ -237,6 +237,7 @@ class TerminalTest(unittest.TestCase):
         self.assertEqual((result.errors, result.status), ("", 0))
         # What was followed is not lost with its log lines.
         desktop.wait_until(lambda: len(answers) == 4)
+        self.assertEqual(set(answers), {None})
         self.assertEqual(desktop.opened_all(4), [PAGE] * 4)
         self.assertEqual(desktop.names_seen()[-1], "")
 

@@ -129,6 +129,7 @@ class TextsTest(RoadTestCase):
             desktop.call_open([page_link(page)], answers)
         self.assertEqual(desktop.opened_all(20), pages(20))
         desktop.wait_until(lambda: len(answers) == 20)
+        self.assertEqual(set(answers), {None})
 
 
 if __name__ == "__main__":

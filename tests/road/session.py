@@ -1,0 +1,303 @@
+"""A random session: links of all kinds by all roads, while programs start, take over, end and are
+killed. Each link is accounted for once, by its log lines and its page, as the model has it."""
+
+import collections
+import os
+import random
+import re
+import select
+import signal
+import types
+
+from gi.repository import Gio, GLib
+
+from desktop import SERVICE, Desktop, Lines, children, log_message
+from model import expect, fatal_link, fits_command_line, random_link
+from road import wait_for_end
+
+END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+MOST_LISTENERS = 5
+
+BEHIND_FATAL = "behind a link that ends the program"
+KILLED_UNREAD = "unread by a program that was killed, and refused to the sender"
+KILLED_ANSWERED = "answered by a program that was killed before it acted"
+
+
+class Pages:
+    """What handlers and openers report through a pipe, which costs less than a desktop's pages."""
+
+    def __init__(self, test, desktop):
+        path = desktop.folder + "/opened"
+        os.mkfifo(path)
+        self._pipe = os.fdopen(os.open(path, os.O_RDWR | os.O_NONBLOCK), "rb", buffering=0)
+        test.addCleanup(self._pipe.close)
+        self._lines = Lines(self._pipe)
+        report = f'printf "%s\\n" "$*" > {path}\n'
+        desktop.install_handler(command=desktop.install_script("bin/quick", report) + " %u")
+        for opener in ("gio", "xdg-open"):
+            desktop.install_script("openers/" + opener, report)
+
+    def next(self):
+        return self._lines.next()
+
+    def now(self):
+        """Those that have been reported."""
+        found = []
+        while select.select([self._pipe], [], [], 0)[0] or self._lines.is_ready():
+            found.append(self._lines.next())
+        return found
+
+
+def reported(page):
+    """How an opened page is reported: all but those of the web go to `gio open`."""
+    return page if re.match("https?:", page, re.IGNORECASE) else "open " + page
+
+
+class Session:
+    def __init__(self, test, seed):
+        self._test = test
+        self._random = random.Random(seed)
+        self._desktop = Desktop(test, service=SERVICE + " -log")
+        self._pages = Pages(test, self._desktop)
+        self._path = self._desktop.folder + "/openers"
+        self._desktop.bus.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "UpdateActivationEnvironment", GLib.Variant("(a{ss})", ({"PATH": self._path},)), None,
+            Gio.DBusCallFlags.NONE, -1, None)
+        # The newest is the last. `process` is None for one that the bus started.
+        self._listeners = []
+        self.sent = 0
+        self.fates = collections.Counter()
+
+    def run(self, steps):
+        for _ in range(steps):
+            self._random.choices(
+                [self.follow, self.take_over, self.end, self.end_with_queue, self.kill_with_queue,
+                 self.kill_in_the_middle, self.kill_before_followers, self.burst],
+                [60, 12, 6, 4, 4, 4, 3, 7])[0]()
+        while self._listeners:
+            self._end(self._listeners[-1], signal.SIGTERM)
+        self._test.assertEqual(self._pages.now(), [])
+        self._test.assertEqual(sum(self.fates.values()), self.sent)
+
+    # The steps.
+
+    def follow(self):
+        """Follows links by one call or one command line; one of them may end the program."""
+        by_bus = self._random.random() < 0.7
+        links = self._make_links(self._random.choice([1, 1, 1, 2, 5]),
+                                 (lambda link: True) if by_bus else fits_command_line)
+        if self._random.random() < 0.1:
+            links.insert(self._random.randint(0, len(links)),
+                         fatal_link(self._random, self._next_number()))
+        if by_bus:
+            self._desktop.open(*links)
+        else:
+            self._finish_followers([self._desktop.start(*links)])
+        self._expect_followed(links)
+
+    def take_over(self):
+        if len(self._listeners) < MOST_LISTENERS:
+            forms = self._random.choice([["-log"], ["-jsonlog"], ["-jsonlog", "-LOG"]])
+            process = self._desktop.listen(*forms, PATH=self._path)
+            self._listeners.append(types.SimpleNamespace(
+                process=process, pid=process.pid, lines=process.output,
+                plain=forms != ["-jsonlog"], json="-jsonlog" in forms))
+
+    def end(self):
+        """Ends one of the programs while it rests."""
+        if self._listeners:
+            self._end(self._random.choice(self._listeners),
+                      self._random.choice([*END_SIGNALS, signal.SIGKILL]))
+
+    def end_with_queue(self):
+        """Asks the program to end while links wait for it: it still opens them."""
+        if self._listeners:
+            listener = self._listeners[-1]
+            links, answers = self._queue(listener)
+            os.kill(listener.pid, self._random.choice(END_SIGNALS))
+            os.kill(listener.pid, signal.SIGCONT)
+            for link in links:
+                self._expect_logged(listener, expect(link).messages)
+            self._expect_opened(links)
+            self._desktop.wait_until(lambda: len(answers) == len(links))
+            self._test.assertEqual(set(answers), {None})
+            self._expect_end(listener, 0)
+
+    def kill_with_queue(self):
+        """Kills the program while links wait for it: their senders are told."""
+        if self._listeners:
+            listener = self._listeners[-1]
+            links, answers = self._queue(listener)
+            os.kill(listener.pid, signal.SIGKILL)
+            self._desktop.wait_until(lambda: len(answers) == len(links))
+            self._test.assertNotIn(None, answers)
+            self._expect_end(listener, -signal.SIGKILL)
+            self.fates[KILLED_UNREAD] += len(links)
+
+    def kill_in_the_middle(self):
+        """Kills the program while it handles links. They are handled in their order up to one of
+        them, and nothing is opened whose sender was refused, who may follow it again."""
+        if self._listeners and self._listeners[-1].process:
+            listener = self._listeners[-1]
+            links = self._make_links(10)
+            answers = [[] for _ in links]
+            for link, answer in zip(links, answers):
+                self._desktop.call_open([link], answer)
+            # Once this is answered, the bus has passed the calls on.
+            self._desktop.ask_bus("GetId")
+            os.kill(listener.pid, signal.SIGKILL)
+            log = listener.process.finish().output
+            self._desktop.wait_until(lambda: all(answers))
+            self._expect_end(listener, -signal.SIGKILL)
+            self._desktop.wait_for_orphans(*(each.pid for each in self._listeners))
+            opened = self._pages.now()
+            with_page = [reported(expect(link).opened) for link in links if expect(link).opened]
+            self._test.assertEqual(opened, with_page[:len(opened)])
+            self._count_killed(links, answers, opened, log)
+
+    def kill_before_followers(self):
+        """Kills the program while processes hand links over to it: the next program has them."""
+        if len(self._listeners) > 1:
+            listener = self._listeners[-1]
+            os.kill(listener.pid, signal.SIGSTOP)
+            links = self._make_links(5, self._fits_a_crowd)
+            followers = [self._desktop.start(link) for link in links]
+            os.kill(listener.pid, signal.SIGKILL)
+            self._expect_end(listener, -signal.SIGKILL)
+            self._expect_crowd(links)
+            self._finish_followers(followers)
+
+    def burst(self):
+        """Follows links at once, by calls and by command lines."""
+        if self._listeners:
+            links = self._make_links(10, self._fits_a_crowd)
+            answers = []
+            followers = [self._desktop.start(link) for link in links[:4]]
+            for link in links[4:]:
+                self._desktop.call_open([link], answers)
+            self._expect_crowd(links)
+            self._finish_followers(followers)
+            self._desktop.wait_until(lambda: len(answers) == 6)
+            self._test.assertEqual(set(answers), {None})
+
+    # Links.
+
+    def _next_number(self):
+        self.sent += 1
+        return self.sent
+
+    def _make_links(self, count, fits=lambda link: True):
+        links = []
+        while len(links) < count:
+            link = random_link(self._random, self.sent + 1)
+            if fits(link):
+                links.append(link)
+                self._next_number()
+        return links
+
+    @staticmethod
+    def _fits_a_crowd(link):
+        """Whether its log lines can be told from others' when nobody knows the order."""
+        return fits_command_line(link) and not any("\n" in each for each in expect(link).messages)
+
+    def _queue(self, listener):
+        """Follows links that wait for a program that is stopped."""
+        os.kill(listener.pid, signal.SIGSTOP)
+        # After the signal to end, the program has little time for a log that its pipe cannot hold.
+        links = self._make_links(self._random.randint(1, 5), lambda link: len(link) < 3000)
+        answers = []
+        for link in links:
+            self._desktop.call_open([link], answers)
+        # Once this is answered, the bus has passed the calls on.
+        self._desktop.ask_bus("GetId")
+        return links, answers
+
+    def _finish_followers(self, followers):
+        for follower in followers:
+            result = follower.finish()
+            self._desktop.forget(follower)
+            self._test.assertEqual((result.output, result.errors, result.status), ("", "", 0))
+
+    # What comes of them.
+
+    def _expect_followed(self, links):
+        """What one call with these links does."""
+        fatal = next((i for i, link in enumerate(links) if expect(link).fatal), len(links))
+        handled = links[:fatal + 1]
+        if self._listeners:
+            for link in handled:
+                self._expect_logged(self._listeners[-1], expect(link).messages)
+        self._expect_opened(handled)
+        self.fates[BEHIND_FATAL] += len(links) - len(handled)
+        if fatal == len(links):
+            if not self._listeners:
+                # The links that started it wrote no log lines.
+                self._desktop.daemon.banner()
+                self._listeners.append(types.SimpleNamespace(
+                    process=None, pid=self._desktop.owner(), lines=self._desktop.daemon.output,
+                    plain=True, json=False))
+        elif self._listeners:
+            self._expect_end(self._listeners[-1], 70)
+        else:
+            self._desktop.wait_for_owner(None)
+
+    def _expect_logged(self, listener, messages):
+        for message in messages:
+            if listener.plain:
+                line = "\n".join(listener.lines.next() for _ in range(message.count("\n") + 1))
+                self._test.assertRegex(line[:14], r"\ALog \d\d:\d\d:\d\d> \Z")
+                self._test.assertEqual(line[14:], message)
+            if listener.json:
+                self._test.assertEqual(log_message(listener.lines.next()), message)
+
+    def _expect_crowd(self, links):
+        """The log lines and pages of links of which nobody knows the order."""
+        listener = self._listeners[-1]
+        left = {expect(link).messages[1]: expect(link).messages for link in links}
+        both = listener.plain and listener.json
+        while left:
+            self._expect_logged(listener, ["new uri event"])
+            text = log_message(listener.lines.next())
+            if both:
+                self._test.assertEqual(log_message(listener.lines.next()), text)
+            self._expect_logged(listener, left.pop(text)[2:])
+        self._expect_opened(links)
+
+    def _expect_opened(self, links):
+        opened = [reported(expect(link).opened) for link in links if expect(link).opened]
+        self._test.assertEqual(sorted(self._pages.next() for _ in opened), sorted(opened))
+        self._count(links, opened)
+
+    def _count(self, links, opened):
+        self.fates["opened"] += len(opened)
+        self.fates["logged, with nothing to open"] += len(links) - len(opened)
+
+    def _count_killed(self, links, answers, opened, log):
+        opened = set(opened)
+        for link, (error,) in zip(links, answers):
+            page = expect(link).opened
+            if page and reported(page) in opened:
+                self._test.assertIsNone(error)
+                self._count([link], [page])
+            elif error:
+                self.fates[KILLED_UNREAD] += 1
+            elif not page and link in log:
+                self._count([link], [])
+            else:
+                self.fates[KILLED_ANSWERED] += 1
+
+    def _end(self, listener, number):
+        os.kill(listener.pid, number)
+        self._expect_end(listener, -number if number == signal.SIGKILL else 0)
+
+    def _expect_end(self, listener, status):
+        """Waits for the end of a program that has nothing more to say, and for the next owner."""
+        self._listeners.remove(listener)
+        if listener.process:
+            result = listener.process.finish()
+            self._test.assertEqual((result.output, result.errors, result.status), ("", "", status))
+            self._desktop.forget(listener.process)
+        else:
+            wait_for_end(listener.pid)
+        self._desktop.wait_for_owner(self._listeners[-1].pid if self._listeners else None)
