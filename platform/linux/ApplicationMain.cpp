@@ -54,13 +54,9 @@ void makeEventLoop() {
     sigemptyset(&signals);
     sigaddset(&signals, number);
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-    sd_event_source* source = nullptr;
-    sd_event_add_signal(host().eventLoop, &source, number, nullptr, nullptr);
-    // The loop reads the signal before it acts on it: a link must not come in between, whose log
-    // line would wait for a stuck reader and see no signal any more.
-    sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IMPORTANT);
-    sd_event_source_set_floating(source, 1);
-    sd_event_source_unref(source);
+    if (sd_event_add_signal(host().eventLoop, nullptr, number, nullptr, nullptr) < 0) {
+      ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);  // It ends the process on the spot then.
+    }
   }
 }
 
@@ -105,8 +101,10 @@ int waitForLinks() {
   sd_bus_set_exit_on_disconnect(host().bus, 1);
   // The end of the loop is not that of the connection: links that have arrived are still read.
   sd_bus_set_close_on_exit(host().bus, 0);
-  sd_bus_attach_event(host().bus, host().eventLoop, SD_EVENT_PRIORITY_NORMAL);
-  const int status = sd_event_loop(host().eventLoop);
+  // After the signals. The loop reads one before it acts on it; a link that came in between might
+  // wait for a stuck reader of its log line, and see no signal any more.
+  int status = sd_bus_attach_event(host().bus, host().eventLoop, SD_EVENT_PRIORITY_IDLE);
+  if (status >= 0) status = sd_event_loop(host().eventLoop);
   host().terminating = true;
   sd_bus_detach_event(host().bus);
   // Without the loop, a disconnect would end the process on the spot.

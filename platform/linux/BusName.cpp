@@ -128,7 +128,11 @@ std::optional<bool> requestBusName(NameRequest request) {
 void receiveLaunchLinks() {
   while (true) {
     const int processed = sd_bus_process(host().bus, nullptr);
-    if (processed < 0) return;
+    if (processed < 0) {
+      // A call may be lost with it. Its sender is told by the end of the connection.
+      host().bus = sd_bus_close_unref(host().bus);
+      return;
+    }
     if (processed > 0) continue;
     if (callsReceived > 0) return;
     if (sd_bus_wait(host().bus, kLaunchLinkWaitMicroseconds) <= 0) return;

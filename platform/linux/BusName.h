@@ -23,7 +23,7 @@ enum class NameRequest {
 [[nodiscard]] std::optional<bool> requestBusName(NameRequest request);
 
 /// Delivers the links for which the bus has just started this process, and waits for the first one
-/// no longer than a second.
+/// no longer than a second. Closes a connection that fails.
 void receiveLaunchLinks();
 
 /// Gives the name back, delivers the links that had already arrived, and closes the connection, if

@@ -66,15 +66,19 @@ class Lines:
 
     def __init__(self, pipe):
         self._pipe = pipe
-        self._text = b""
+        self._text = bytearray()
 
     def next(self):
         """The next line, without its line feed."""
-        while b"\n" not in self._text:
-            if not self._read():
+        block = self._text
+        while b"\n" not in block:
+            block = self._read()
+            if not block:
                 raise EOFError(f"after {self._text[-200:]!r}")
-        line, _, self._text = self._text.partition(b"\n")
-        return line.decode()
+        end = self._text.index(b"\n")
+        line = self._text[:end].decode()
+        del self._text[:end + 1]
+        return line
 
     def is_ready(self):
         """Whether a line has been read already."""
@@ -84,7 +88,7 @@ class Lines:
         """All that comes until the other side closes the pipe."""
         while self._read():
             pass
-        rest, self._text = self._text, b""
+        rest, self._text = self._text, bytearray()
         return rest.decode()
 
     def close(self):
@@ -174,7 +178,7 @@ class Desktop:
         if service is not None:
             self._install_service(service)
         if bus:
-            self._start_bus()
+            self.start_bus()
 
     # Processes.
 
@@ -192,6 +196,18 @@ class Desktop:
         """Lets go of a process that has ended."""
         process.discard()
         self._processes.remove(process)
+
+    def end_owners(self):
+        """Ends each program that has the application's name, or waits for it."""
+        while pid := self.owner():
+            os.kill(pid, signal.SIGTERM)
+            wait_for_end(pid)
+            self.wait_until(lambda: self.owner() != pid)
+
+    def wait_for_children(self, pid):
+        """Waits until a process has no child left, ended or not."""
+        while found := children(pid):
+            wait_for_end(found[0])
 
     def wait_for_orphans(self, *staying):
         """Waits for the end of the handlers that programs which have ended leave behind. `staying`
@@ -346,17 +362,21 @@ exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "
     def _install_service(self, command):
         self._write(f"services/{NAME}.service", SERVICE_FILE.replace(SERVICE, command))
 
-    def _start_bus(self):
+    def start_bus(self):
         address = f"unix:path={self.folder}/bus"
         config = self._write("bus.conf", f"""<busconfig>
   <type>session</type>
   <listen>{address}</listen>
   <auth>EXTERNAL</auth>
   <servicedir>{self.folder}/services</servicedir>
+  <limit name="max_incoming_bytes">1000000000</limit>
+  <limit name="max_outgoing_bytes">1000000000</limit>
+  <limit name="max_message_size">1000000000</limit>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
     <allow own="*"/>
+    <allow user="*"/>
   </policy>
 </busconfig>
 """)
@@ -387,6 +407,15 @@ exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "
         while select.select([self._pages], [], [], 0)[0]:
             pages.append(self.page().arguments)
         assert not pages, f"opened, too: {pages}"
+
+
+def wait_for_end(pid):
+    try:
+        descriptor = os.pidfd_open(pid)
+    except ProcessLookupError:
+        return
+    with os.fdopen(descriptor) as process:
+        assert select.select([process], [], [], LIMIT)[0], f"{pid} does not end"
 
 
 def adopt_orphans():

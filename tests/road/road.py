@@ -1,12 +1,10 @@
 """What the tests of a link's road have in common."""
 
-import os
-import select
 import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import LIMIT, make_link, page_link
+from desktop import make_link, page_link
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)
@@ -58,15 +56,6 @@ def page_messages(text, page=PAGE):
 
 def pages(count):
     return [f"https://page.test/{number:03}" for number in range(count)]
-
-
-def wait_for_end(pid):
-    try:
-        descriptor = os.pidfd_open(pid)
-    except ProcessLookupError:
-        return
-    with os.fdopen(descriptor) as process:
-        assert select.select([process], [], [], LIMIT)[0], f"{pid} does not end"
 
 
 class RoadTestCase(unittest.TestCase):

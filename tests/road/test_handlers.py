@@ -6,8 +6,8 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Desktop, children, page_link
-from road import LINK, PAGE, RoadTestCase, page_messages, wait_for_end
+from desktop import Desktop, children, page_link, wait_for_end
+from road import LINK, PAGE, RoadTestCase, page_messages
 
 
 class HandlersTest(RoadTestCase):

@@ -1,0 +1,79 @@
+"""A machine whose memory fails, and one whose clock is set."""
+
+import os
+import time
+import unittest
+
+from gi.repository import Gio, GLib
+
+from desktop import Desktop, page_link
+from road import LINK, RoadTestCase, page_messages, pages
+from session import Pages
+
+FAULTS = os.environ["CONNECT_FAULTS"]
+# About so many of the allocations fail in turn, each in a program of its own.
+RUNS = int(os.environ.get("CONNECT_FAULTS_RUNS", "60"))
+
+
+class BrokenMachineTest(RoadTestCase):
+    def set_service_environment(self, desktop, **variables):
+        """Variables of the programs that the bus will start."""
+        desktop.bus.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "UpdateActivationEnvironment", GLib.Variant("(a{ss})", (variables,)), None,
+            Gio.DBusCallFlags.NONE, -1, None)
+
+    def follow(self, desktop, opened, failing):
+        """Follows three links, while an allocation fails, and ends the program. The result is what
+        was opened."""
+        self.set_service_environment(desktop, LD_PRELOAD=FAULTS, FAULTS_ALLOCATION=str(failing))
+        for page in pages(3):
+            error = self.follow_once(desktop, page)
+            # Whoever is told that nobody took a link may follow it again.
+            for _ in range(2):
+                error = error and self.follow_once(desktop, page)
+            self.assertIsNone(error, f"allocation {failing}, {page}")
+        desktop.end_owners()
+        desktop.wait_for_orphans()
+        return sorted(opened.now())
+
+    def follow_once(self, desktop, page):
+        answers = []
+        desktop.call_open([page_link(page)], answers)
+        desktop.wait_until(lambda: answers)
+        # Only the first program that is started has the fault.
+        self.set_service_environment(desktop, FAULTS_ALLOCATION="0")
+        return answers[0]
+
+    def test_one_failing_allocation_costs_one_link_at_most(self):
+        desktop = Desktop(self)
+        opened = Pages(self, desktop)
+        count = desktop.folder + "/count"
+        self.set_service_environment(desktop, FAULTS_COUNT=count)
+        self.assertEqual(self.follow(desktop, opened, 0), pages(3))
+        with open(count, encoding="ascii") as file:
+            allocations = int(file.read())
+        self.assertGreater(allocations, 200)
+        for failing in range(1, allocations + 1, max(1, allocations // RUNS)):
+            found = self.follow(desktop, opened, failing)
+            self.assertLessEqual(set(found), set(pages(3)))
+            self.assertIn(len(found), (2, 3), f"allocation {failing}: {found}")
+            self.assertEqual(len(set(found)), len(found), f"allocation {failing}: {found}")
+
+    def test_a_clock_that_is_set_is_the_clock_of_the_log(self):
+        desktop = Desktop(self)
+        clock = desktop.folder + "/clock"
+        listener = None
+        for seconds in (1_900_000_000, 0, 4_102_444_799, 951_782_399, 1_900_000_001):
+            with open(clock, "w", encoding="ascii") as file:
+                file.write(str(seconds))
+            listener = listener or desktop.listen("-jsonlog", LD_PRELOAD=FAULTS, FAULTS_CLOCK=clock)
+            desktop.open(LINK)
+            for _ in page_messages(LINK):
+                self.assertIn(time.strftime("%Y-%m-%dT%H:%M:%S%z", time.localtime(seconds)),
+                              listener.output.next())
+            desktop.opened()
+
+
+if __name__ == "__main__":
+    unittest.main()

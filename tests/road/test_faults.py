@@ -1,0 +1,157 @@
+"""Faults of the machine and of other programs. Whatever happens, the next link is opened."""
+
+import os
+import re
+import resource
+import shutil
+import signal
+import unittest
+
+from desktop import PROGRAM, Desktop, children
+from road import LINK, PAGE, RoadTestCase, page_messages, pages
+
+
+def descriptors(pid):
+    return sorted(os.listdir(f"/proc/{pid}/fd"))
+
+
+class FaultsTest(RoadTestCase):
+    def expect_log_only(self, desktop, listener, count=1):
+        """Follows links whose page cannot be opened."""
+        desktop.open(*[LINK] * count)
+        self.assertEqual(listener.messages(4 * count), page_messages(LINK) * count)
+        # The answer comes once the links before are done with.
+        desktop.open()
+
+    def expect_recovery(self, desktop, listener, before, page="https://page.test/next"):
+        """The next link is opened, by a program that has kept no descriptor and no child."""
+        self.expect_link(desktop, listener, page)
+        desktop.wait_for_children(listener.pid)
+        self.assertEqual(descriptors(listener.pid), before)
+
+    # No descriptors, no processes.
+
+    def test_a_link_is_only_logged_without_descriptors(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log", PATH="/nowhere")
+        self.expect_link(desktop, listener)
+        before = descriptors(listener.pid)
+        soft, hard = resource.prlimit(listener.pid, resource.RLIMIT_NOFILE)
+        for limit in range(len(before) + 1):
+            with self.subTest(limit=limit):
+                resource.prlimit(listener.pid, resource.RLIMIT_NOFILE, (limit, hard))
+                self.expect_log_only(desktop, listener)
+                resource.prlimit(listener.pid, resource.RLIMIT_NOFILE, (soft, hard))
+                self.expect_recovery(desktop, listener, before)
+
+    def test_a_link_is_only_logged_where_no_process_can_be_started(self):
+        # The limit is not for root.
+        desktop = Desktop(self)
+        for path in ("", "/config", "/data", "/pages"):
+            os.chmod(desktop.folder + path, 0o777)
+        program = shutil.copy(PROGRAM, desktop.folder)
+        user = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+        user = user if os.geteuid() == 0 else []
+        listener = desktop.spawn(*user, program, "-log")
+        listener.banner()
+        desktop.wait_for_owner(listener.pid)
+        before = descriptors(listener.pid)
+
+        with open(f"/proc/{listener.pid}/limits", encoding="ascii") as file:
+            before_limit = re.search(r"^Max processes +(\w+)", file.read(), re.MULTILINE)[1]
+
+        def limit(number):
+            self.expect_silence(desktop.spawn(*user, "prlimit", f"--pid={listener.pid}",
+                                              f"--nproc={number}:").finish())
+
+        limit(1)
+        for _ in range(5):
+            self.expect_log_only(desktop, listener)
+        limit(before_limit)
+        self.expect_recovery(desktop, listener, before)
+
+    # The handler.
+
+    def expect_recovery_from_handler(self, script, count=20):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        self.expect_link(desktop, listener)
+        before = descriptors(listener.pid)
+        desktop.install_handler(command=desktop.install_script("bin/broken", script) + " %u")
+        self.expect_log_only(desktop, listener, count)
+        desktop.install_handler()
+        self.expect_link(desktop, listener)
+        return desktop, listener, before
+
+    def test_a_handler_that_crashes_harms_nothing(self):
+        desktop, listener, before = self.expect_recovery_from_handler("kill -SEGV $$\n")
+        self.expect_recovery(desktop, listener, before)
+
+    def test_a_handler_that_fails_harms_nothing(self):
+        desktop, listener, before = self.expect_recovery_from_handler("exit 1\n")
+        self.expect_recovery(desktop, listener, before)
+
+    def test_a_handler_that_never_ends_harms_nothing(self):
+        desktop, listener, before = self.expect_recovery_from_handler("kill -STOP $$\n", count=5)
+        self.assertEqual(descriptors(listener.pid), before)
+        for pid in children(listener.pid):
+            os.kill(pid, signal.SIGKILL)
+        self.expect_recovery(desktop, listener, before)
+
+    def test_a_handler_that_is_missing_harms_nothing(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log", PATH="/nowhere")
+        self.expect_link(desktop, listener)
+        before = descriptors(listener.pid)
+        for command in ("/nowhere/browser %u", "nowhere %u", "/etc/passwd %u", "/tmp %u", "%u", ""):
+            with self.subTest(command=command):
+                desktop.install_handler(command=command or " ")
+                self.expect_log_only(desktop, listener)
+                desktop.install_handler()
+                self.expect_recovery(desktop, listener, before)
+
+    # The bus.
+
+    def test_a_bus_that_is_started_again_starts_the_program_again(self):
+        desktop = Desktop(self)
+        for page in pages(3):
+            listener = desktop.listen("-log")
+            self.expect_link(desktop, listener, page)
+            desktop.kill_bus()
+            self.assertEqual(listener.finish().status, 1)
+            desktop.start_bus()
+            desktop.open(LINK)
+            self.assertEqual(desktop.opened(), PAGE)
+
+    # The zone.
+
+    def test_the_log_follows_a_change_of_the_users_zone(self):
+        desktop = Desktop(self, TZ=None)
+        zone = desktop.folder + "/localtime"
+
+        def move_to(name, seconds):
+            with open("/usr/share/zoneinfo/" + name, "rb") as source, open(zone, "wb") as target:
+                target.write(source.read())
+            # A zone that was changed within a second is not noticed.
+            os.utime(zone, (seconds, seconds))
+
+        move_to("Asia/Kathmandu", 0)
+        listener = desktop.spawn("unshare", "--user", "--map-root-user", "--mount", "/bin/sh", "-c",
+                                 f'mount --bind {zone} /etc/localtime && exec "$0" -jsonlog',
+                                 PROGRAM)
+        listener.banner()
+        desktop.wait_for_owner(listener.pid)
+        zones = (("Asia/Kathmandu", "+0545"), ("America/Caracas", "-0400"), ("Etc/UTC", "+0000"),
+                 ("Asia/Kathmandu", "+0545"))
+        for second, (name, offset) in enumerate(zones, 1):
+            move_to(name, second)
+            desktop.open(LINK)
+            for message in page_messages(LINK):
+                line = listener.output.next()
+                self.assertIn(offset + '","event"', line)
+                self.assertIn(message.partition(":")[0], line)
+            self.assertEqual(desktop.opened(), PAGE)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,136 @@
+"""Many links at once, and large ones. With CONNECT_LOAD in the environment, which is a number of
+links, at that size, with figures."""
+
+import os
+import threading
+import time
+import unittest
+
+from gi.repository import Gio, GLib
+
+from desktop import INTERFACE, LIMIT, NAME, OBJECT, Desktop, make_link, page_link
+from road import RoadTestCase, messages_of
+from session import Pages
+
+SENDERS = 4
+FULL = "CONNECT_LOAD" in os.environ
+LINKS = int(os.environ.get("CONNECT_LOAD", "4000"))
+
+
+def link_of(sender, number):
+    return make_link({"Sender": sender, "Number": number})
+
+
+def private_memory(pid):
+    """The private dirty memory of a process, in kB."""
+    with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
+        return next(int(line.split()[1]) for line in file if line.startswith("Private_Dirty"))
+
+
+def cpu_time(pid):
+    """The seconds that a process has computed."""
+    with open(f"/proc/{pid}/schedstat", encoding="ascii") as file:
+        return int(file.read().split()[0]) / 1e9
+
+
+def send(address, sender, answers):
+    """Follows the links of one sender as a program of its own would, each after the answer."""
+    bus = Gio.DBusConnection.new_for_address_sync(
+        address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
+        Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+    for number in range(LINKS // SENDERS):
+        bus.call_sync(NAME, OBJECT, INTERFACE, "Open",
+                      GLib.Variant("(asa{sv})", ([link_of(sender, number)], {})), None,
+                      Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
+        answers[sender] += 1
+
+
+class LoadTest(RoadTestCase):
+    def test_links_of_four_senders_are_all_handled_in_the_order_of_each(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        address = desktop.environment()["DBUS_SESSION_BUS_ADDRESS"]
+        answers = [0] * SENDERS
+        threads = [threading.Thread(target=send, args=(address, sender, answers), daemon=True)
+                   for sender in range(SENDERS)]
+        start = time.monotonic()
+        for thread in threads:
+            thread.start()
+        handled = [0] * SENDERS
+        for total in range(LINKS):
+            messages = listener.messages(4)
+            (sender,) = [each for each in range(SENDERS)
+                         if messages[1] == "process uri: " + link_of(each, handled[each])]
+            handled[sender] += 1
+            self.assertEqual(messages, messages_of(link_of(sender, handled[sender] - 1),
+                                                   "process screenpop", "no webpage to open"))
+            if total == LINKS // 10:
+                before = private_memory(listener.pid)
+        for thread in threads:
+            thread.join(LIMIT)
+        self.assertEqual((handled, answers), ([LINKS // SENDERS] * SENDERS,) * 2)
+        growth = private_memory(listener.pid) - before
+        if FULL:
+            print(f"\n{LINKS:,} links from {SENDERS} senders in {time.monotonic() - start:.1f} s, "
+                  f"none lost, private dirty memory +{growth} kB after the first tenth")
+        if "CONNECT_SANITIZER" not in os.environ:
+            self.assertLessEqual(growth, 64)
+        self.expect_silence(listener.end())
+
+    def test_pages_that_are_opened_leave_no_memory_and_no_descriptor_behind(self):
+        desktop = Desktop(self)
+        listener = desktop.listen()
+        opened = Pages(self, desktop)
+
+        def follow(count):
+            for _ in range(count):
+                desktop.open(page_link("https://page.test/"))
+                opened.next()
+            desktop.wait_for_children(listener.pid)
+            return private_memory(listener.pid), sorted(os.listdir(f"/proc/{listener.pid}/fd"))
+
+        follow(50)
+        memory, descriptors = follow(100)
+        later, descriptors_later = follow(1000)
+        self.assertEqual(descriptors_later, descriptors)
+        if "CONNECT_SANITIZER" not in os.environ:
+            self.assertLessEqual(later - memory, 64)
+        self.expect_silence(listener.end())
+
+    def follow_large(self, text, *after):
+        """Follows a large link, and the seconds that the program computes for it."""
+        desktop = self.desktop
+        before = cpu_time(self.listener.pid)
+        desktop.open(text)
+        self.assertEqual(self.listener.messages(2 + len(after)), messages_of(text, *after))
+        return cpu_time(self.listener.pid) - before
+
+    def expect_linear(self, what, make, unit):
+        """A link of eight times the size costs about eight times as much."""
+        self.desktop = Desktop(self)
+        self.listener = self.desktop.listen("-log")
+        after = ("process screenpop", "no webpage to open")
+        if not FULL:
+            self.follow_large(make(unit // 8), *after)
+        else:
+            small = sum(self.follow_large(make(unit), *after) for _ in range(8))
+            large = self.follow_large(make(8 * unit), *after)
+            print(f"\n{what}: 8 of a size cost {small:.3f} s, one of 8 times the size "
+                  f"{large:.3f} s")
+            # It would be 8 times as much if the cost grew with the square of the size.
+            self.assertLess(large, 4 * small)
+        self.expect_silence(self.listener.end())
+
+    def test_a_huge_link_is_answered_with_its_lines(self):
+        # An array of a message has no room for more than 64 MiB.
+        self.expect_linear("links of 7.5 and 60 MiB",
+                           lambda size: make_link({"Note": "x" * (size * 3 // 4)}), 15 << 19)
+
+    def test_deep_json_is_answered_with_its_lines(self):
+        # Counted in levels.
+        self.expect_linear("JSON of 100,000 and 800,000 levels",
+                           lambda size: make_link('{"a":' * size + "1" + "}" * size), 100_000)
+
+
+if __name__ == "__main__":
+    unittest.main()
