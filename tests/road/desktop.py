@@ -2,6 +2,7 @@
 handler of their own, and nothing of the desktop of whoever runs them."""
 
 import base64
+import contextlib
 import ctypes
 import json
 import os
@@ -83,6 +84,12 @@ class Lines:
     def is_ready(self):
         """Whether a line has been read already."""
         return b"\n" in self._text
+
+    def skip(self):
+        """Passes over what has arrived."""
+        while select.select([self._pipe], [], [], 0)[0] and self._read():
+            pass
+        self._text.clear()
 
     def rest(self):
         """All that comes until the other side closes the pipe."""
@@ -197,12 +204,14 @@ class Desktop:
         process.discard()
         self._processes.remove(process)
 
-    def end_owners(self):
-        """Ends each program that has the application's name, or waits for it."""
-        while pid := self.owner():
-            os.kill(pid, signal.SIGTERM)
-            wait_for_end(pid)
-            self.wait_until(lambda: self.owner() != pid)
+    def end_programs(self):
+        """Ends the programs that the bus started, whether they have the name or not."""
+        while found := [pid for pid in descendants("self") if is_program(pid)]:
+            for pid in found:
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(pid, signal.SIGTERM)
+                wait_for_end(pid)
+        self.wait_for_owner(None)
 
     def wait_for_children(self, pid):
         """Waits until a process has no child left, ended or not."""
@@ -461,6 +470,23 @@ def children(pid):
         with open(f"/proc/{pid}/task/{task}/children", encoding="ascii") as file:
             found += map(int, file.read().split())
     return found
+
+
+def descendants(pid):
+    found = []
+    for child in children(pid):
+        with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # It may have ended.
+            found += [child, *descendants(child)]
+    return found
+
+
+def is_program(pid):
+    """Whether a process is the program, and has not ended."""
+    try:
+        status = status_of(pid)
+    except (FileNotFoundError, ProcessLookupError):
+        return False
+    return status["Name"] == "vastel-connect" and not status["State"].startswith("Z")
 
 
 def status_of(pid):

@@ -1,5 +1,6 @@
 """What the tests of a link's road have in common."""
 
+import os
 import unittest
 
 from gi.repository import Gio, GLib
@@ -58,6 +59,10 @@ def pages(count):
     return [f"https://page.test/{number:03}" for number in range(count)]
 
 
+def descriptors(pid):
+    return sorted(os.listdir(f"/proc/{pid}/fd"))
+
+
 class RoadTestCase(unittest.TestCase):
     maxDiff = None
 
@@ -71,6 +76,19 @@ class RoadTestCase(unittest.TestCase):
         desktop.open(link)
         self.assertEqual(listener.messages(4), page_messages(link, page))
         self.assertEqual(desktop.opened(), page)
+
+    def expect_log_only(self, desktop, listener, count=1):
+        """Follows links whose page cannot be opened."""
+        desktop.open(*[LINK] * count)
+        self.assertEqual(listener.messages(4 * count), page_messages(LINK) * count)
+        # The answer comes once the links before are done with.
+        desktop.open()
+
+    def expect_recovery(self, desktop, listener, before, page="https://page.test/next"):
+        """The next link is opened, by a program that has kept no descriptor and no child."""
+        self.expect_link(desktop, listener, page)
+        desktop.wait_for_children(listener.pid)
+        self.assertEqual(descriptors(listener.pid), before)
 
     def expect_error(self, name, function, *arguments):
         with self.assertRaises(GLib.Error) as raised:

@@ -2,47 +2,16 @@
 
 import os
 import re
-import resource
 import shutil
 import signal
 import unittest
 
 from desktop import PROGRAM, Desktop, children
-from road import LINK, PAGE, RoadTestCase, page_messages, pages
-
-
-def descriptors(pid):
-    return sorted(os.listdir(f"/proc/{pid}/fd"))
+from road import LINK, PAGE, RoadTestCase, descriptors, page_messages, pages
 
 
 class FaultsTest(RoadTestCase):
-    def expect_log_only(self, desktop, listener, count=1):
-        """Follows links whose page cannot be opened."""
-        desktop.open(*[LINK] * count)
-        self.assertEqual(listener.messages(4 * count), page_messages(LINK) * count)
-        # The answer comes once the links before are done with.
-        desktop.open()
-
-    def expect_recovery(self, desktop, listener, before, page="https://page.test/next"):
-        """The next link is opened, by a program that has kept no descriptor and no child."""
-        self.expect_link(desktop, listener, page)
-        desktop.wait_for_children(listener.pid)
-        self.assertEqual(descriptors(listener.pid), before)
-
-    # No descriptors, no processes.
-
-    def test_a_link_is_only_logged_without_descriptors(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log", PATH="/nowhere")
-        self.expect_link(desktop, listener)
-        before = descriptors(listener.pid)
-        soft, hard = resource.prlimit(listener.pid, resource.RLIMIT_NOFILE)
-        for limit in range(len(before) + 1):
-            with self.subTest(limit=limit):
-                resource.prlimit(listener.pid, resource.RLIMIT_NOFILE, (limit, hard))
-                self.expect_log_only(desktop, listener)
-                resource.prlimit(listener.pid, resource.RLIMIT_NOFILE, (soft, hard))
-                self.expect_recovery(desktop, listener, before)
+    # No processes.
 
     def test_a_link_is_only_logged_where_no_process_can_be_started(self):
         # The limit is not for root.
