@@ -222,8 +222,9 @@ class Desktop:
         """Waits for the end of the handlers that programs which have ended leave behind. `staying`
         are the processes that the bus started, which are nobody's children either."""
         known = {*staying, *(process.pid for process in self._processes)}
-        for pid in children("self"):
-            if pid not in known:
+        # The kernel's list may lack one while another ends.
+        while found := set(children("self")) - known:
+            for pid in found:
                 os.waitpid(pid, 0)
 
     def start(self, *arguments, **options):

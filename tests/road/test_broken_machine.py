@@ -34,6 +34,10 @@ class BrokenMachineTest(RoadTestCase):
             for _ in range(2):
                 error = error and self.follow_once(desktop, page)
             self.assertIsNone(error, f"allocation {failing}, {page}")
+        # This is answered, if at all, once the program has done with the last link.
+        answers = []
+        desktop.call_open([], answers)
+        desktop.wait_until(lambda: answers)
         desktop.end_programs()
         desktop.wait_for_orphans()
         # The programs' banners, which would fill the pipe.
