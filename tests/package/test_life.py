@@ -6,8 +6,7 @@ import unittest
 from packages import NAME, PackageTestCase, package
 from tree import Tree
 
-from desktop import OBJECT, page_link
-from road import wait_for_end
+from desktop import OBJECT, page_link, wait_for_end
 
 PROGRAM = "/usr/bin/vastel-connect"
 # What apt and dpkg remember of all that they did.

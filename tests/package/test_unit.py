@@ -6,8 +6,7 @@ from packages import PackageTestCase, package
 from manager import start_manager
 from tree import HOME, Tree
 
-from desktop import make_link, page_link
-from road import wait_for_end
+from desktop import make_link, page_link, wait_for_end
 
 UNIT = "vastel-connect.service"
 
