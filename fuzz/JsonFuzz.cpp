@@ -62,7 +62,7 @@ bool same(const JsonValue& value, const Json& expected) {
 }
 
 /// Whether a number of the document, or its power of ten, is beyond a double's. The grammar leaves
-/// such to readers: ours refuses some, and reads 0e400 as none.
+/// such to readers: ours reads 0e400 as none.
 bool hasHugeNumber(const Json& json) {
   if (json.kind == Json::Number) {
     const auto exponent = json.text.find_first_of("eE");
@@ -85,7 +85,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto text = fuzz::textOf(data, size);
   const auto document = parseJsonText(text);
   const auto expected = reference::parseJson(text);
-  if (!document && expected && hasHugeNumber(*expected)) return 0;
   fuzz::expect(document.has_value() == expected.has_value(), "is it a document");
   if (!document || hasHugeNumber(*expected)) return 0;
   fuzz::expect(same(*document, *expected), "its values");
