@@ -39,18 +39,18 @@ class Detached {
   Detached() {
     sigset_t none;
     sigemptyset(&none);
-    sigset_t ignoredByUs;
-    sigemptyset(&ignoredByUs);
-    sigaddset(&ignoredByUs, SIGPIPE);
+    // SIGPIPE is ignored by us. Naming all spares asking which others are.
+    sigset_t all;
+    sigfillset(&all);
     posix_spawnattr_init(&attributes_);
     posix_spawnattr_setsigmask(&attributes_, &none);
-    posix_spawnattr_setsigdefault(&attributes_, &ignoredByUs);
+    posix_spawnattr_setsigdefault(&attributes_, &all);
     posix_spawnattr_setflags(&attributes_,
                              POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
     posix_spawn_file_actions_init(&actions_);
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-      posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", O_RDWR, 0);
-    }
+    posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDWR, 0);
+    posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDERR_FILENO);
     posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
   }
   ~Detached() {

@@ -65,17 +65,20 @@ TEST(SpawnProgram, GivesItNoStreamOrDescriptorOfOurs) {
   ::close(ours);
 }
 
-TEST(SpawnProgram, GivesItTheSignalsAsAtTheStart) {
+TEST(SpawnProgram, GivesItAllSignalsWithTheirDefaults) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
   ::sigprocmask(SIG_BLOCK, &all, &before);
-  const auto old = ::signal(SIGPIPE, SIG_IGN);
-  const std::string state =
-      outputOf("sh -c 'kill -PIPE $$'; kill -l $?; exec grep SigBlk /proc/self/status");
-  ::signal(SIGPIPE, old);
+  const auto oldPipe = ::signal(SIGPIPE, SIG_IGN);
+  const auto oldHangUp = ::signal(SIGHUP, SIG_IGN);
+  const std::string state = outputOf(
+      "for s in PIPE HUP; do sh -c \"kill -$s \\$\\$\"; kill -l $?; done; "
+      "exec grep SigBlk /proc/self/status");
+  ::signal(SIGHUP, oldHangUp);
+  ::signal(SIGPIPE, oldPipe);
   ::sigprocmask(SIG_SETMASK, &before, nullptr);
-  EXPECT_EQ(state, "PIPE\nSigBlk:\t0000000000000000\n");
+  EXPECT_EQ(state, "PIPE\nHUP\nSigBlk:\t0000000000000000\n");
 }
 
 TEST(SpawnProgram, PassesTheTokenOn) {
