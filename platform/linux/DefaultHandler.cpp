@@ -157,14 +157,12 @@ struct Candidate {
 /// Desktop entries to be tried for a type, best first; absent when a file is not plain.
 using Candidates = std::optional<std::vector<Candidate>>;
 
-/// Those that were chosen.
-Candidates findDefaults(const std::vector<Folder>& folders, const std::string& type) {
+/// Those that one folder chooses.
+Candidates findDefaults(const Folder& folder, const std::string& type) {
+  const auto defaults = readDefaults(folder, type);
+  if (!defaults) return std::nullopt;
   std::vector<Candidate> candidates;
-  for (const Folder& folder : folders) {
-    const auto defaults = readDefaults(folder, type);
-    if (!defaults) return std::nullopt;
-    for (const std::string& id : *defaults) candidates.push_back({.id = id});
-  }
+  for (const std::string& id : *defaults) candidates.push_back({.id = id});
   return candidates;
 }
 
@@ -253,9 +251,11 @@ std::optional<DefaultHandler> findDefaultHandler(std::string_view scheme, std::s
   if (!folders) return std::nullopt;
   const std::string type = "x-scheme-handler/" + std::string(scheme);
 
-  // Reading the long lists of all that take some type is most of the time: only without a choice.
-  for (const auto find : {findDefaults, findAssociated}) {
-    const auto candidates = find(*folders, type);
+  // Reading the files is most of the time: those of a folder, and the long lists of all that take
+  // some type, only when nothing before them has an answer.
+  for (std::size_t i = 0; i <= folders->size(); ++i) {
+    const auto candidates =
+        i < folders->size() ? findDefaults((*folders)[i], type) : findAssociated(*folders, type);
     if (!candidates) return std::nullopt;
     for (const auto& [id, firstFolder] : *candidates) {
       const auto found = findEntry(*folders, id);

@@ -221,18 +221,25 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileFile) {
       "data/applications/alpha.desktop", "config/mimeapps.list",
   };
   environment.set("XDG_CURRENT_DESKTOP", "Made");
+  // The last of those that choose, so that all are read.
+  std::filesystem::rename(folder.path("config/mimeapps.list"),
+                          folder.path("share/applications/mimeapps.list"));
   for (const std::string_view name : names) expectNotPlainWithHostile(name);
 }
 
-TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileListOfTypesUnlessOneWasChosen) {
-  const std::string_view cache = "share/applications/mimeinfo.cache";
-  ASSERT_EQ(::mkfifo(folder.path(std::string(cache)).c_str(), 0600), 0);
-  EXPECT_TRUE(isPlain());
-  std::filesystem::remove(folder.path(std::string(cache)));
-
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileListOfTypes) {
   folder.write("config/mimeapps.list",
                "[Added Associations]\nx-scheme-handler/http=alpha.desktop;\n");
-  expectNotPlainWithHostile(cache);
+  expectNotPlainWithHostile("share/applications/mimeinfo.cache");
+}
+
+TEST_F(DefaultHandlerOfHttp, IsThatOfTheFirstChoiceWhateverIsBehindIt) {
+  for (const char* name : {"etc/mimeapps.list", "share/applications/mimeinfo.cache"}) {
+    const std::string path = folder.write(name, "");
+    std::filesystem::remove(path);
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  }
+  EXPECT_TRUE(isPlain());
 }
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnEndlessList) {
