@@ -18,21 +18,17 @@ bool isBlank(char c) {
   return c == ' ' || c == '\t';
 }
 
-/// The content of a regular file; false for anything else, and when it is too long or still grows.
+/// The content of a regular file; false for anything else, and when it is too long or changes.
 bool readFile(int file, std::string& text) {
   struct stat status {};
   if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return false;
   const auto size = static_cast<std::size_t>(status.st_size);
   if (size > kSizeLimit) return false;
+  // One more, to see what has grown.
   text.resize(size + 1);
-  std::size_t length = 0;
-  for (ssize_t count = 0; (count = ::read(file, &text[length], text.size() - length)) != 0;) {
-    if (count < 0) return false;
-    length += static_cast<std::size_t>(count);
-    if (length == text.size()) return false;
-  }
-  text.resize(length);
-  return true;
+  const ssize_t length = ::read(file, text.data(), text.size());
+  text.resize(size);
+  return length == status.st_size;
 }
 
 /// Whether `text` has control characters other than tabs and line feeds.
