@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
   };
   if (wanted("road")) measureRoad(samples, desktop, programs, rounds);
   if (wanted("start")) measureStart(samples, desktop, programs, rounds);
-  if (wanted("load")) measureLoad(samples, desktop, programs, rounds * 2, std::atoi(argv[2]));
+  if (wanted("load")) measureLoad(samples, desktop, programs, rounds, std::atoi(argv[2]));
   samples.write(argv[3]);
   return 0;
 }

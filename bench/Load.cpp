@@ -9,7 +9,7 @@ namespace {
 /// {"ScriptType":"CSD"}
 constexpr const char* kLink = "screenpop:eyJTY3JpcHRUeXBlIjoiQ1NEIn0=";
 constexpr int kWindow = 64;
-constexpr int kBlock = 500;
+constexpr int kBlock = 5000;
 
 int answered = 0;
 
