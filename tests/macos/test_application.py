@@ -56,7 +56,7 @@ class Life(judge.JudgeTest):
         self.assertEqual([application.line() for _ in BANNER], BANNER)
         self.assertEqual(application.terminate(), ENDED_BY_SYSTEM)
 
-    def test_keeps_the_contracts_methods_in_order(self):
+    def test_keeps_the_methods_in_order(self):
         application = self.start("-help")
         methods = [line for line in application.rest() if line.startswith("@methods ")]
         self.assertEqual(len(methods), 1)
