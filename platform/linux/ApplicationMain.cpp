@@ -48,7 +48,7 @@ bool ignoresHangUp() {
 /// Makes the event loop, in which the signals that ask a program to end do so in the normal way.
 void makeEventLoop() {
   sd_event_new(&host().eventLoop);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int number : kEndingSignals) {
     if (number == SIGHUP && ignoresHangUp()) continue;
     sigset_t signals;
     sigemptyset(&signals);
@@ -109,7 +109,8 @@ int waitForLinks() {
   sd_bus_detach_event(host().bus);
   // Without the loop, a disconnect would end the process on the spot.
   sd_bus_set_exit_on_disconnect(host().bus, 0);
-  if (status != EXIT_SUCCESS) complain("the session bus is gone");
+  if (status < 0) complain("the event loop has failed");
+  if (status > 0) complain("the session bus is gone");
   return status == EXIT_SUCCESS ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

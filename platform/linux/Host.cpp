@@ -22,16 +22,6 @@ void deliverUri(std::string_view uri, const ActivationToken& token) {
   host().token = {};
 }
 
-const sigset_t& endingSignals() {
-  static const sigset_t signals = [] {
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, number);
-    return set;
-  }();
-  return signals;
-}
-
 void complain(std::string_view text) {
   const std::string line = "vastel-connect: " + std::string(text) + "\n";
   [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, line.data(), line.size());

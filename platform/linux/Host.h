@@ -3,6 +3,8 @@
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
+#include <array>
+#include <atomic>
 #include <csignal>
 #include <string>
 #include <string_view>
@@ -17,7 +19,7 @@ inline constexpr const char* kBusName = "com.vastel.Connect";
 inline constexpr const char* kObjectPath = "/com/vastel/Connect";
 inline constexpr const char* kApplicationInterface = "org.freedesktop.Application";
 
-/// The process-wide state behind the functions of Platform.h. Main thread only.
+/// The process-wide state behind the functions of Platform.h. Main thread only, but for the last.
 struct Host {
   /// Those that are valid UTF-8, the program's own path first.
   std::vector<std::string> arguments;
@@ -30,7 +32,7 @@ struct Host {
   /// Null before the application's event loop is made.
   sd_event* eventLoop = nullptr;
   /// The event loop has ended, or is about to.
-  bool terminating = false;
+  std::atomic<bool> terminating = false;
 };
 
 [[nodiscard]] Host& host();
@@ -38,8 +40,8 @@ struct Host {
 /// Hands one URI to the handler as an event, and lends `token` to the page that it opens.
 void deliverUri(std::string_view uri, const ActivationToken& token);
 
-/// SIGINT, SIGTERM and SIGHUP, which ask a program to end.
-[[nodiscard]] const sigset_t& endingSignals();
+/// They ask a program to end.
+inline constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
 
 /// Writes one line of the host's own to standard error.
 void complain(std::string_view text);

@@ -23,7 +23,10 @@ constexpr int kLastWaitMilliseconds = 200;
 
 void waitForReaderOrSignal(pollfd& reader) {
   // Held back for the event loop, which is not here to notice.
-  const int signals = ::signalfd(-1, &endingSignals(), SFD_CLOEXEC);
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int number : kEndingSignals) sigaddset(&set, number);
+  const int signals = ::signalfd(-1, &set, SFD_CLOEXEC);
   std::array<pollfd, 2> events{reader, {.fd = signals, .events = POLLIN, .revents = 0}};
   while (::poll(events.data(), events.size(), -1) < 0 && errno == EINTR) {
   }

@@ -15,7 +15,7 @@ namespace Vastel_Connect {
 [[nodiscard]] std::optional<std::string> findProgram(const std::string& name);
 
 /// Starts a program that lives on by itself: in a session of its own, with /dev/null for standard
-/// streams, no other descriptor of ours, no signal blocked or ignored by us, and `token` in its
+/// streams, no other descriptor of ours, no signal blocked or ignored, and `token` in its
 /// environment. Absent when it could not be started. The kernel reaps it.
 [[nodiscard]] std::optional<pid_t> spawnProgram(const std::string& program,
                                                 const std::vector<std::string>& arguments,
