@@ -56,7 +56,9 @@ def follow_link(stage):
         assert session.spawn("gio", "open", LINK).wait() == 0
         lines += [listener.output.next() for _ in range(4)]
         page = session.page()
-        call = monitor.end().output
+        call = ""
+        while LINK not in call:
+            call += monitor.output.next()
     (link,) = re.findall('STRING "(.*)"', call)
     to = {name: re.search(f"{name}=(\\S+)", call)[1] for name in ("Destination", "Path", "Member")}
     handler = " ".join([os.path.basename(page.program), *page.arguments])

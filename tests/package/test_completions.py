@@ -59,14 +59,15 @@ class Completions(PackageTestCase):
                 file.write(text)
         master, terminal = os.openpty()
         self.addCleanup(os.close, master)
-        with subprocess.Popen(
-                ["zsh", "-f", "-i"], stdin=terminal, stdout=subprocess.DEVNULL,
-                stderr=subprocess.DEVNULL, start_new_session=True,
-                env={"PATH": "/usr/bin:/bin", "HOME": folder, "TERM": "dumb"}) as zsh:
-            self.addCleanup(zsh.kill)
-            os.close(terminal)
-            os.write(master, f"source {folder}/setup\nvastel-connect -\t".encode())
-            self.assertEqual(zsh.wait(LIMIT), 0)
+        zsh = subprocess.Popen(
+            ["zsh", "-f", "-i"], stdin=terminal, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL, start_new_session=True,
+            env={"PATH": "/usr/bin:/bin", "HOME": folder, "TERM": "dumb"})
+        self.addCleanup(zsh.wait)
+        self.addCleanup(zsh.kill)
+        os.close(terminal)
+        os.write(master, f"source {folder}/setup\nvastel-connect -\t".encode())
+        self.assertEqual(zsh.wait(LIMIT), 0)
         with open(folder + "/offered", encoding="utf-8") as file:
             self.assertEqual(set(file.read().split()), self.switches)
 

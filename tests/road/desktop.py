@@ -33,6 +33,10 @@ DATA = os.path.join(os.path.dirname(HERE), "data")
 # In this many seconds, whatever a test waits for has happened, however busy the machine is.
 LIMIT = 30
 
+# Under nohup, the programs would ignore this signal as well, and so not end by it.
+if signal.getsignal(signal.SIGHUP) == signal.SIG_IGN:
+    signal.signal(signal.SIGHUP, lambda *_: None)
+
 
 def golden(*names):
     """The texts of golden files, one after the other."""
@@ -268,6 +272,13 @@ class Desktop:
         self.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", (links, {})),
                       None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None, on_answer)
 
+    def set_service_environment(self, **variables):
+        """Sets variables of the programs that the bus will start."""
+        self.bus.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "UpdateActivationEnvironment", GLib.Variant("(a{ss})", (variables,)), None,
+            Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
+
     def ask_bus(self, method, *arguments):
         signature = "(" + "".join("u" if isinstance(each, int) else "s" for each in arguments) + ")"
         answer = self.bus.call_sync(
@@ -336,10 +347,12 @@ class Desktop:
 
     def install_reporter(self, path):
         """Installs a program that reports how it was started, as a page."""
+        # For programs of another user, who may not read the tests.
+        os.chmod(shutil.copy(HERE + "/report.py", self.folder), 0o644)
         # The shell still has the signals as they were; Python changes some when it starts.
         return self.install_script(path, f"""
 status="$(/bin/cat /proc/$$/status)"
-exec /usr/bin/python3 -IBS {HERE}/report.py {self.folder}/pages "$status" "$0" "$@"
+exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status" "$0" "$@"
 """)
 
     def install_script(self, path, text):

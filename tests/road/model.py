@@ -12,8 +12,7 @@ DEPTH_LIMIT = 512
 
 
 def expect(link):
-    """The log `messages` of a link, the `page` that is logged, what is `opened`, and whether the
-    link is `fatal`."""
+    """The log `messages` of a link, what is `opened`, and whether the link is `fatal`."""
     messages = ["new uri event", "process uri: " + link]
     page, fatal = None, False
     protocol, colon, command = link.partition(":")

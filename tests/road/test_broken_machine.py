@@ -5,8 +5,6 @@ import resource
 import time
 import unittest
 
-from gi.repository import Gio, GLib
-
 from desktop import Desktop, page_link
 from road import LINK, RoadTestCase, descriptors, page_messages, pages
 from session import Pages
@@ -17,17 +15,10 @@ RUNS = int(os.environ.get("CONNECT_FAULTS_RUNS", "60"))
 
 
 class BrokenMachineTest(RoadTestCase):
-    def set_service_environment(self, desktop, **variables):
-        """Variables of the programs that the bus will start."""
-        desktop.bus.call_sync(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            "UpdateActivationEnvironment", GLib.Variant("(a{ss})", (variables,)), None,
-            Gio.DBusCallFlags.NONE, -1, None)
-
     def follow(self, desktop, opened, failing):
         """Follows three links, while an allocation fails, and ends the program. The result is what
         was opened."""
-        self.set_service_environment(desktop, LD_PRELOAD=FAULTS, FAULTS_ALLOCATION=str(failing))
+        desktop.set_service_environment(LD_PRELOAD=FAULTS, FAULTS_ALLOCATION=str(failing))
         for page in pages(3):
             error = self.follow_once(desktop, page)
             # Whoever is told that nobody took a link may follow it again.
@@ -49,14 +40,14 @@ class BrokenMachineTest(RoadTestCase):
         desktop.call_open([page_link(page)], answers)
         desktop.wait_until(lambda: answers)
         # Only the first program that is started has the fault.
-        self.set_service_environment(desktop, FAULTS_ALLOCATION="0")
+        desktop.set_service_environment(FAULTS_ALLOCATION="0")
         return answers[0]
 
     def test_one_failing_allocation_costs_one_link_at_most(self):
         desktop = Desktop(self)
         opened = Pages(self, desktop)
         count = desktop.folder + "/count"
-        self.set_service_environment(desktop, FAULTS_COUNT=count)
+        desktop.set_service_environment(FAULTS_COUNT=count)
         self.assertEqual(self.follow(desktop, opened, 0), pages(3))
         with open(count, encoding="ascii") as file:
             allocations = int(file.read())

@@ -449,7 +449,6 @@ class TerminalTest(unittest.TestCase):
         process.send(signal.SIGHUP)
         desktop.open(LINK)
         self.assertEqual(process.messages(4), MESSAGES)
-        # The next one to be started ignores it, too, as nohup's children do.
         self.assertEqual(int(status_of(process.pid)["SigIgn"], 16) & 1, 1)
         desktop.opened()
         self.assertEqual(process.end().status, 0)
