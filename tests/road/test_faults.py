@@ -27,6 +27,7 @@ class FaultsTest(RoadTestCase):
         listener = desktop.spawn(*user, program, "-log")
         listener.banner()
         desktop.wait_for_owner(listener.pid)
+        self.expect_link(desktop, listener)
         before = descriptors(listener.pid)
 
         with open(f"/proc/{listener.pid}/limits", encoding="ascii") as file:
