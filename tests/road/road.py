@@ -5,7 +5,7 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import make_link, page_link
+from desktop import Desktop, make_link, page_link
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)
@@ -76,6 +76,27 @@ class RoadTestCase(unittest.TestCase):
         desktop.open(link)
         self.assertEqual(listener.messages(4), page_messages(link, page))
         self.assertEqual(desktop.opened(), page)
+
+    def install_openers(self, desktop, *names):
+        for name in names or ("gio", "xdg-open"):
+            desktop.install_reporter("openers/" + name)
+
+    def listen_with_openers(self, desktop, *names, **environment):
+        """Starts the program where nothing is in PATH but openers, which report pages."""
+        self.install_openers(desktop, *names)
+        return desktop.listen("-log", PATH=desktop.folder + "/openers", **environment)
+
+    def expect_no_opener(self, *refused):
+        """Follows links of pages that are logged, and that neither a handler nor an opener gets."""
+        desktop = Desktop(self)
+        listener = self.listen_with_openers(desktop)
+        for page in refused:
+            with self.subTest(page=page):
+                link = page_link(page)
+                desktop.open(link)
+                self.assertEqual(listener.messages(4), page_messages(link, page))
+        # Had one been started, its report would be in excess.
+        self.expect_link(desktop, listener)
 
     def expect_log_only(self, desktop, listener, count=1):
         """Follows links whose page cannot be opened."""

@@ -9,7 +9,7 @@ import unittest
 from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, LIMIT, NAME, OBJECT, Desktop, make_link, page_link
-from road import RoadTestCase, messages_of
+from road import RoadTestCase, descriptors, messages_of
 from session import Pages
 
 SENDERS = 4
@@ -87,21 +87,20 @@ class LoadTest(RoadTestCase):
                 desktop.open(page_link("https://page.test/"))
                 opened.next()
             desktop.wait_for_children(listener.pid)
-            return private_memory(listener.pid), sorted(os.listdir(f"/proc/{listener.pid}/fd"))
+            return private_memory(listener.pid), descriptors(listener.pid)
 
         follow(50)
-        memory, descriptors = follow(100)
-        later, descriptors_later = follow(1000)
-        self.assertEqual(descriptors_later, descriptors)
+        memory, open_before = follow(100)
+        later, open_later = follow(1000)
+        self.assertEqual(open_later, open_before)
         if "CONNECT_SANITIZER" not in os.environ:
             self.assertLessEqual(later - memory, 64)
         self.expect_silence(listener.end())
 
     def follow_large(self, text, *after):
         """Follows a large link, and the seconds that the program computes for it."""
-        desktop = self.desktop
         before = cpu_time(self.listener.pid)
-        desktop.open(text)
+        self.desktop.open(text)
         self.assertEqual(self.listener.messages(2 + len(after)), messages_of(text, *after))
         return cpu_time(self.listener.pid) - before
 
