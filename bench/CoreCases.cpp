@@ -61,7 +61,7 @@ void copy(const std::string& text) {
 void parse(const std::string& json) {
   std::array<unsigned char, 4096> buffer;
   boost::json::monotonic_resource storage(buffer.data(), buffer.size());
-  boost::json::error_code error;
+  boost::system::error_code error;
   benchmark::DoNotOptimize(boost::json::parse(json, error, &storage));
 }
 

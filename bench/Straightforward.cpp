@@ -50,7 +50,7 @@ bool isUtf8(const std::string& text) {
 }
 
 std::optional<std::string> webPage(const std::string& json) {
-  boost::json::error_code error;
+  boost::system::error_code error;
   const boost::json::value document = boost::json::parse(json, error);
   if (error || !document.is_object()) return std::nullopt;
   const auto* page = document.get_object().if_contains("WebPage");

@@ -7,7 +7,7 @@ namespace Vastel_Connect {
 std::optional<JsonValue> parseJsonText(std::string_view text, boost::json::storage_ptr storage) {
   boost::json::parse_options options;
   options.max_depth = kJsonDepthLimit;
-  boost::json::error_code error;
+  boost::system::error_code error;
   JsonValue document = boost::json::parse(text, error, std::move(storage), options);
   if (error || !document.is_structured()) return std::nullopt;
   return document;
