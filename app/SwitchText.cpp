@@ -1,13 +1,11 @@
 #include "app/SwitchText.h"
 
+#include "text/Ascii.h"
+
 namespace Vastel_Connect {
 namespace {
 
 constexpr std::string_view kLongS = "\xC5\xBF";  // U+017F
-
-char asciiLowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 }  // namespace
 

@@ -10,9 +10,9 @@
 #include "app/AppDelegate.h"
 #include "bench/Straightforward.h"
 #include "json/JsonText.h"
-#include "json/UrlText.h"
-#include "json/Utf8.h"
-#include "uri/Base64.h"
+#include "text/Base64.h"
+#include "text/UrlText.h"
+#include "text/Utf8.h"
 #include "uri/UriPreProcessor.h"
 
 namespace Vastel_Connect::bench {

@@ -1,7 +1,7 @@
 // Base64 of links: strict, padded, standard alphabet.
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
-#include "uri/Base64.h"
+#include "text/Base64.h"
 
 using namespace Vastel_Connect;
 

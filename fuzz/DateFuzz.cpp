@@ -4,7 +4,7 @@
 
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
-#include "json/DateFormatter.h"
+#include "json/mapping/DateFormatter.h"
 
 using namespace Vastel_Connect;
 

@@ -6,8 +6,8 @@
 
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
-#include "json/JoinJson.h"
 #include "json/KeyPath.h"
+#include "json/mapping/JoinJson.h"
 
 using namespace Vastel_Connect;
 using reference::Json;

@@ -1,8 +1,8 @@
-// Which texts form a URL, and how a text is made part of one.
+// Which texts form a URL, what their scheme is, and how a text is made part of one.
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
-#include "json/Url.h"
-#include "json/UrlText.h"
+#include "json/mapping/Url.h"
+#include "text/UrlText.h"
 
 using namespace Vastel_Connect;
 
@@ -28,6 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto text = fuzz::textOf(data, size);
   const bool isUrl = reference::isUrl(text);
   fuzz::expect(formsUrl(text) == isUrl, "formsUrl");
+  fuzz::expect(urlScheme(text).size() == reference::schemeLength(text), "urlScheme");
   const auto url = Url::fromText(text);
   fuzz::expect(url.has_value() == isUrl && (!url || url->absoluteString() == text), "Url");
   if (const auto query = percentEncodedForQuery(text)) {

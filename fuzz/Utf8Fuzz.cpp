@@ -2,7 +2,7 @@
 #include "fuzz/Base64Text.h"
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
-#include "json/Url.h"
+#include "json/mapping/Url.h"
 #include "log/JsonLogLine.h"
 #include "uri/UriPreProcessor.h"
 

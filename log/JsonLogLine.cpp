@@ -1,8 +1,8 @@
 #include "log/JsonLogLine.h"
 
 #include "json/JsonText.h"
-#include "json/Utf8.h"
 #include "platform/Platform.h"
+#include "text/Utf8.h"
 
 namespace Vastel_Connect {
 

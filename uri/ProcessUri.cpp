@@ -1,11 +1,11 @@
 // The road of one URI, from its text to the opened page.
-#include <algorithm>
 #include <string>
 
 #include "api/ScreenPopApi.h"
 #include "app/AppDelegate.h"
-#include "json/UrlText.h"
 #include "platform/Platform.h"
+#include "text/Ascii.h"
+#include "text/UrlText.h"
 #include "uri/UriPreProcessor.h"
 
 namespace Vastel_Connect {
@@ -13,11 +13,8 @@ namespace {
 
 /// Lower-cases ASCII only, which decides as a full Unicode mapping does: outside ASCII, only U+212A
 /// and U+0130 map to letters of ASCII, and neither "k" nor "i" stands in "screenpop".
-bool isScreenPop(std::string uriProtocol) {
-  std::transform(uriProtocol.begin(), uriProtocol.end(), uriProtocol.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return uriProtocol == "screenpop";
+bool isScreenPop(std::string_view uriProtocol) {
+  return asciiLowerCase(uriProtocol) == "screenpop";
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "json/Utf8.h"
-#include "uri/Base64.h"
+#include "text/Base64.h"
+#include "text/Utf8.h"
 
 namespace Vastel_Connect {
 

@@ -10,8 +10,8 @@
 #include <cstdlib>
 
 #include "platform/linux/KeyFile.h"
-#include "platform/linux/LowerCase.h"
 #include "platform/linux/Spawn.h"
+#include "text/Ascii.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -60,7 +60,7 @@ bool appendNew(const std::string& text, Texts& list) {
 
 /// XDG_CURRENT_DESKTOP in lower case, most specific first.
 Texts currentDesktops() {
-  return split(lowerCase(environmentText("XDG_CURRENT_DESKTOP")), ':');
+  return split(asciiLowerCase(environmentText("XDG_CURRENT_DESKTOP")), ':');
 }
 
 /// A folder that may say which application opens what.

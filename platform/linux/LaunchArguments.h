@@ -6,9 +6,6 @@
 
 namespace Vastel_Connect {
 
-/// The length of the RFC 3986 scheme that `text` begins with, not counting its ":"; 0 without one.
-[[nodiscard]] std::size_t schemeLength(std::string_view text);
-
 /// The argument of the service files. The variables by which the bus tells a program that it was
 /// started do not serve: terminals started by the bus hand them down to their shells.
 inline constexpr std::string_view kServiceArgument = "--dbus-service";

@@ -5,10 +5,10 @@
 #include "platform/Platform.h"
 #include "platform/linux/DefaultHandler.h"
 #include "platform/linux/Host.h"
-#include "platform/linux/LaunchArguments.h"
-#include "platform/linux/LowerCase.h"
 #include "platform/linux/Scope.h"
 #include "platform/linux/Spawn.h"
+#include "text/Ascii.h"
+#include "text/UrlText.h"
 
 namespace Vastel_Connect::platform {
 namespace {
@@ -29,7 +29,7 @@ bool startOpener(const std::vector<std::string>& arguments) {
 
 bool openUrl(std::string_view url) {
   // A bare word, a path or an option would be read as such by an opener.
-  const std::string scheme = lowerCase(url.substr(0, schemeLength(url)));
+  const std::string scheme = asciiLowerCase(urlScheme(url));
   if (scheme.empty()) return false;
   if (const auto handler = findDefaultHandler(scheme, url)) {
     return start(handler->application, handler->program, handler->arguments);

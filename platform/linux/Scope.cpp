@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "platform/linux/Host.h"
+#include "text/Ascii.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -11,8 +12,7 @@ namespace {
 std::string escapeForUnitName(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
-    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                       c == '_' || c == '.' || c == ':';
+    const bool plain = isAsciiLetter(c) || isAsciiDigit(c) || c == '_' || c == '.' || c == ':';
     if (plain) {
       escaped += c;
     } else {

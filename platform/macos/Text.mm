@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+#include "text/Utf8.h"
+
 namespace Vastel_Connect {
 namespace {
 
@@ -45,7 +47,7 @@ std::optional<std::string> utf8Text(NSString* text) {
 }
 
 NSString* foundationText(std::string_view utf8) {
-  if (!utf8::is_valid(utf8.begin(), utf8.end())) return nil;
+  if (!isUtf8(utf8)) return nil;
   if (utf8.empty()) return @"";  // Apple's raises an exception for a null pointer to no units.
   std::vector<unichar> units;
   utf8::utf8to16(utf8.begin(), utf8.end(), std::back_inserter(units));

@@ -13,7 +13,7 @@ import pathlib
 import subprocess
 import sys
 
-FOLDERS = ("app", "log", "uri", "api", "json")
+FOLDERS = ("app", "log", "uri", "api", "json", "text")
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 

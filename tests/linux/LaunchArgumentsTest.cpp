@@ -6,43 +6,6 @@
 namespace Vastel_Connect {
 namespace {
 
-TEST(SchemeLength, IsThatOfAnRfc3986Scheme) {
-  const struct {
-    std::string_view text;
-    std::size_t length;
-  } rows[] = {
-      {"screenpop:", 9},
-      {"screenpop:x", 9},
-      {"SCREENPOP:x", 9},
-      {"s:", 1},
-      {"a1+-.z:b:c", 6},
-      {"http://h/", 4},
-      {"A:\\b", 1},
-      {"x:\xff", 1},
-      {"", 0},
-      {":", 0},
-      {":x", 0},
-      {"screenpop", 0},
-      {"1a:", 0},
-      {"-log", 0},
-      {"--a:b", 0},
-      {"+a:", 0},
-      {".a:", 0},
-      {"a_b:", 0},
-      {"a b:", 0},
-      {" a:", 0},
-      {"a/b:c", 0},
-      {"a%20:", 0},
-      {"\xc3\xbc:", 0},
-      {"a\xc3\xbc:", 0},
-      {"/usr/bin/a:b", 0},
-      {"a\n:", 0},
-      {"[a:", 0},
-      {"@a:", 0},
-  };
-  for (const auto& [text, length] : rows) EXPECT_EQ(schemeLength(text), length) << text;
-}
-
 LaunchArguments read(std::vector<std::string> arguments) {
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());

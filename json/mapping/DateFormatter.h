@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "json/mapping/DatePattern.h"
+#include "json/mapping/DefaultZone.h"
+
+namespace Vastel_Connect {
+
+/// Writes dates as texts and reads them back, after a pattern, in the process's default time zone
+/// and the Gregorian calendar with digits 0 to 9, whatever the user's language. The calendar also
+/// counts the years before its introduction. Any thread.
+///
+/// Reading is strict: each field has exactly the digits that it is written with and is in its
+/// range, and the day exists. On purpose, both offset fields read each of Z, z, GMT, +01:00 and
+/// +0100, and blanks may precede an offset and the whole text, if its pattern begins with a field.
+/// On purpose, too, nothing may follow the text, though a reader that takes the longest beginning
+/// would find a date in it.
+///
+/// What a pattern does not name is that of 2000-01-01, 00:00:00. Without an offset, the text means
+/// the default zone's time.
+class DateFormatter {
+ public:
+  /// Absent when `pattern` is not one of parseDatePattern.
+  [[nodiscard]] static std::optional<DateFormatter> forPattern(std::string_view pattern);
+
+  /// Absent for a year that has not four digits, as it could not be read back.
+  [[nodiscard]] std::optional<std::string> stringFromDate(Date date) const;
+
+  /// Absent when `text` does not follow the pattern, or its date or time does not exist.
+  [[nodiscard]] std::optional<Date> dateFromString(std::string_view text) const;
+
+ private:
+  explicit DateFormatter(std::vector<DatePiece> pieces) : pieces_(std::move(pieces)) {}
+
+  std::vector<DatePiece> pieces_;
+};
+
+/// The formatter of ISO 8601 dates with their offset, "2018-03-05T14:07:09+01:00": the default of
+/// the date decoders and encoders, made once. It writes the default zone's time.
+[[nodiscard]] const DateFormatter& sharedIso8601DateFormatter();
+
+}  // namespace Vastel_Connect

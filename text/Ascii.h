@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Vastel_Connect {
+
+// The letters and digits of ASCII, whatever the process's locale.
+
+[[nodiscard]] constexpr bool isAsciiLetter(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+[[nodiscard]] constexpr bool isAsciiDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+[[nodiscard]] constexpr char asciiLowerCase(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/// `text` with the letters of ASCII in lower case.
+[[nodiscard]] inline std::string asciiLowerCase(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) c = asciiLowerCase(c);
+  return result;
+}
+
+}  // namespace Vastel_Connect
