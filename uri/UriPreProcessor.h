@@ -15,7 +15,8 @@ struct struct_UriPreProcessor {
   std::optional<std::string> UriProtocol;
   /// The text behind the separator, which is "://" or a lone ":", as received.
   std::optional<std::string> RawCommand;
-  /// `RawCommand` decoded as strict base64 and then UTF-8; absent when it is neither, or empty.
+  /// The text whose UTF-8 `RawCommand` is the strict base64 of; absent when there is none: the
+  /// command is absent, empty or no base64, or what it decodes to is no UTF-8.
   std::optional<std::string> DecodedCommand;
 
   /// Fills `UriProtocol` and `RawCommand`; neither when the URI has no ":".
