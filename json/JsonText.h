@@ -19,7 +19,8 @@ inline constexpr std::size_t kJsonDepthLimit = 512;
                                                      boost::json::storage_ptr storage = {});
 
 /// Writes `json` as one compact line, its members in order. Control characters are escaped, all
-/// other text stays as it is. `json` must hold valid UTF-8.
-[[nodiscard]] std::string writeJsonText(const JSON& json);
+/// other text stays as it is. Absent when `json` holds what no JSON text can: a number that is not
+/// finite (as 1e999 is read), or a text that is not UTF-8.
+[[nodiscard]] std::optional<std::string> writeJsonText(const JSON& json);
 
 }  // namespace Vastel_Connect

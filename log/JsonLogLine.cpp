@@ -8,11 +8,10 @@ namespace Vastel_Connect {
 
 std::string makeJsonLogLine(std::string_view message) {
   const std::string dateTime = platform::currentDateText("yyyy-MM-dd'T'HH:mm:ssZ");
-  if (!isUtf8(message)) {
-    return R"({"datetime":")" + dateTime +
-           R"(","event":"Log","message":"error while serializing [log]"})";
-  }
-  return writeJsonText({{"datetime", dateTime}, {"event", "Log"}, {"message", message}});
+  const auto line = writeJsonText({{"datetime", dateTime}, {"event", "Log"}, {"message", message}});
+  return line ? *line
+              : R"({"datetime":")" + dateTime +
+                    R"(","event":"Log","message":"error while serializing [log]"})";
 }
 
 }  // namespace Vastel_Connect

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 
 #include "tests/platform/Data.h"
@@ -91,6 +92,22 @@ TEST(WriteJsonText, EscapesAsThePlatformDoes) {
 TEST(WriteJsonText, KeepsTheOrderOfMembers) {
   EXPECT_EQ(writeJsonText({{"z", 1}, {"a", nullptr}, {"m", {1, 2}}}),
             R"({"z":1,"a":null,"m":[1,2]})");
+}
+
+TEST(WriteJsonText, IsAbsentForANumberThatJsonHasNoFormFor) {
+  const JsonValue read = parseJsonText(R"({"v":1e999})")->at("v");
+  const double kNan = std::numeric_limits<double>::quiet_NaN();
+  for (const JsonValue& value : {read, JsonValue(-read.get_double()), JsonValue(kNan)}) {
+    EXPECT_EQ(writeJsonText({{"v", value}}), std::nullopt);
+    EXPECT_EQ(writeJsonText({{"a", 1}, {"v", {1, {{"w", value}}}}, {"z", 2}}), std::nullopt);
+  }
+  EXPECT_EQ(writeJsonText({{"v", 1.5}}), R"({"v":1.5E0})");
+}
+
+TEST(WriteJsonText, IsAbsentForTextThatIsNotUtf8) {
+  EXPECT_EQ(writeJsonText({{"v", "\xFF"}}), std::nullopt);
+  EXPECT_EQ(writeJsonText({{"\xFF", "v"}}), std::nullopt);
+  EXPECT_EQ(writeJsonText({{"v", {{{"a\xC3", 1}}}}}), std::nullopt);
 }
 
 }  // namespace

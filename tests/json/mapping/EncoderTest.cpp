@@ -13,7 +13,7 @@ namespace {
 
 /// The dictionary as JSON text.
 std::string text(const std::optional<JSON>& json) {
-  return json ? writeJsonText(*json) : "absent";
+  return json ? *writeJsonText(*json) : "absent";
 }
 
 TEST(Encode, StoresAValueAsItIs) {

@@ -12,7 +12,7 @@ namespace {
 class JoinJson : public WithRecordingHost<testing::Test> {};
 
 std::string joined(std::vector<std::optional<JSON>> dictionaries) {
-  return writeJsonText(Encoder::joinJson(std::move(dictionaries)));
+  return *writeJsonText(Encoder::joinJson(std::move(dictionaries)));
 }
 
 TEST_F(JoinJson, GivesAnEmptyDictionaryForNothing) {

@@ -220,7 +220,7 @@ class Generator {
 };
 
 std::string text(const std::optional<Everything>& record) {
-  return record ? writeJsonText(*record->toJson()) : "absent";
+  return record ? *writeJsonText(*record->toJson()) : "absent";
 }
 
 static_assert(Glossy<Everything>);
@@ -234,7 +234,7 @@ TEST(RoundTrip, GivesTheSameRecord) {
     ASSERT_TRUE(json);
     const auto read = Everything::fromJson(*json);
     ASSERT_TRUE(read == record) << "record " << i << " of seed " << kSeed << "\n  "
-                                << writeJsonText(*json) << "\nis read as\n  " << text(read);
+                                << *writeJsonText(*json) << "\nis read as\n  " << text(read);
   }
 }
 
@@ -244,7 +244,7 @@ TEST(RoundTrip, GivesTheSameRecordThroughText) {
   Generator generator(kSeed, true);
   for (int i = 0; i < 1000; ++i) {
     const auto record = generator.record(1);
-    const auto written = writeJsonText(*record.toJson());
+    const auto written = *writeJsonText(*record.toJson());
     const auto document = parseJsonText(written);
     ASSERT_TRUE(document && document->is_object()) << written;
     const auto read = Everything::fromJson(document->get_object());
