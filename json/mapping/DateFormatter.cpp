@@ -11,16 +11,16 @@ using chrono::minutes;
 
 /// A date and time as they are written.
 struct Fields {
-  int year = 2000;
-  int month = 1;
-  int day = 1;
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
+  long year = 2000;
+  long month = 1;
+  long day = 1;
+  long hour = 0;
+  long minute = 0;
+  long second = 0;
   std::optional<minutes> offset;
 
   /// Where a field of digits is kept; null for another field.
-  int* number(DateField field) {
+  long* number(DateField field) {
     switch (field) {
       case DateField::Year:
         return &year;
@@ -71,26 +71,22 @@ std::string pieceText(const DatePiece& piece, Fields& fields) {
   }
 }
 
-/// Absent for a year that has not four digits.
-std::optional<Fields> fieldsOfDate(Date date) {
-  // A day more at both ends, so that the offset can be added and the year is looked at only once.
-  if (date < chrono::sys_days(chrono::year(0) / 12 / 31) ||
-      date >= chrono::sys_days(chrono::year(10000) / 1 / 2)) {
-    return std::nullopt;
-  }
+Fields fieldsOfDate(Date date) {
+  // The calendar repeats every 400 years. Within one such time, no year is too large for it.
+  constexpr chrono::seconds kCycle = chrono::days(146097);
   const auto offset = defaultZoneOffset(date);
-  const auto local = date + offset;
+  const auto local = Date(date.time_since_epoch() % kCycle) + offset;
   const auto midnight = chrono::floor<chrono::days>(local);
   const chrono::year_month_day day(midnight);
   const chrono::hh_mm_ss time(local - midnight);
-  if (day.year() < chrono::year(1) || day.year() > chrono::year(9999)) return std::nullopt;
-  return Fields{.year = static_cast<int>(day.year()),
-                .month = static_cast<int>(static_cast<unsigned>(day.month())),
-                .day = static_cast<int>(static_cast<unsigned>(day.day())),
-                .hour = static_cast<int>(time.hours().count()),
-                .minute = static_cast<int>(time.minutes().count()),
-                .second = static_cast<int>(time.seconds().count()),
-                .offset = offset};
+  const long year = static_cast<int>(day.year()) + 400 * (date.time_since_epoch() / kCycle);
+  return {.year = year > 0 ? year : 1 - year,
+          .month = static_cast<unsigned>(day.month()),
+          .day = static_cast<unsigned>(day.day()),
+          .hour = time.hours().count(),
+          .minute = time.minutes().count(),
+          .second = time.seconds().count(),
+          .offset = offset};
 }
 
 // ---- Reading. Each function takes what it reads from the beginning of the text.
@@ -105,7 +101,7 @@ void takeBlanks(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
 }
 
-bool takeDigits(std::string_view& text, std::size_t width, int& number) {
+bool takeDigits(std::string_view& text, std::size_t width, long& number) {
   if (text.size() < width) return false;
   number = 0;
   for (const char c : text.substr(0, width)) {
@@ -125,8 +121,8 @@ bool takeOffset(std::string_view& text, std::optional<minutes>& offset) {
   const bool west = text.starts_with('-');
   if (!west && !text.starts_with('+')) return false;
   text.remove_prefix(1);
-  int hourPart = 0;
-  int minutePart = 0;
+  long hourPart = 0;
+  long minutePart = 0;
   if (!takeDigits(text, 2, hourPart)) return false;
   take(text, ":");
   if (!takeDigits(text, 2, minutePart) || hourPart > 23 || minutePart > 59) return false;
@@ -148,7 +144,8 @@ bool takePiece(std::string_view& text, const DatePiece& piece, Fields& fields) {
 
 /// Absent for a day or a time of day that does not exist.
 std::optional<Date> dateOfFields(const Fields& fields) {
-  const auto day = chrono::year(fields.year) / fields.month / fields.day;
+  const auto day = chrono::year(static_cast<int>(fields.year)) / static_cast<int>(fields.month) /
+                   static_cast<int>(fields.day);
   if (!day.ok() || fields.year < 1) return std::nullopt;
   if (fields.hour > 23 || fields.minute > 59 || fields.second > 59) return std::nullopt;
   const auto local = chrono::local_days(day) + chrono::hours(fields.hour) + minutes(fields.minute) +
@@ -165,11 +162,10 @@ std::optional<DateFormatter> DateFormatter::forPattern(std::string_view pattern)
   return DateFormatter(*std::move(pieces));
 }
 
-std::optional<std::string> DateFormatter::stringFromDate(Date date) const {
+std::string DateFormatter::stringFromDate(Date date) const {
   auto fields = fieldsOfDate(date);
-  if (!fields) return std::nullopt;
   std::string text;
-  for (const auto& piece : pieces_) text += pieceText(piece, *fields);
+  for (const auto& piece : pieces_) text += pieceText(piece, fields);
   return text;
 }
 

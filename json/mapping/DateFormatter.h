@@ -28,8 +28,9 @@ class DateFormatter {
   /// Absent when `pattern` is not one of parseDatePattern.
   [[nodiscard]] static std::optional<DateFormatter> forPattern(std::string_view pattern);
 
-  /// Absent for a year that has not four digits, as it could not be read back.
-  [[nodiscard]] std::optional<std::string> stringFromDate(Date date) const;
+  /// Writes any date. The year is that of its era, in four digits or as many as it has: the year
+  /// before 1 is 1 again. Only the years 1 to 9999 are read back as the same.
+  [[nodiscard]] std::string stringFromDate(Date date) const;
 
   /// Absent when `text` does not follow the pattern, or its date or time does not exist.
   [[nodiscard]] std::optional<Date> dateFromString(std::string_view text) const;

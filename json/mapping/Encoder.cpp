@@ -18,8 +18,7 @@ Encode<std::vector<Number>> encodeNumberArray(std::string_view keyPath) {
 }
 
 std::optional<JsonValue> dateFrom(Date date, const DateFormatter& formatter) {
-  const auto text = formatter.stringFromDate(date);
-  return text ? std::optional(JsonValue(*text)) : std::nullopt;
+  return JsonValue(formatter.stringFromDate(date));
 }
 
 }  // namespace

@@ -35,8 +35,8 @@
 /// | encodeInt32, encodeUInt32,     | a number                                               |
 /// | encodeInt64, encodeUInt64      |                                                        |
 /// | encodeInt32Array and so on     | an array of numbers                                    |
-/// | encodeDate                     | the formatter's text; absent when it writes none       |
-/// | encodeDateArray                | an array of texts; absent when it writes none for one  |
+/// | encodeDate                     | the formatter's text                                   |
+/// | encodeDateArray                | an array of those texts                                |
 /// | encodeUrl                      | its absolute string                                    |
 /// | encodeUuid                     | its UUID string                                        |
 ///
