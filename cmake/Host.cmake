@@ -1,6 +1,12 @@
 # Which host is built: Linux', macOS' with Apple's frameworks, or the same one with GNUstep's, which
 # judges it where no Mac is at hand.
 
+find_package(utf8cpp REQUIRED)
+if(NOT TARGET utf8cpp::utf8cpp)
+  # Its name until version 4.
+  add_library(utf8cpp::utf8cpp ALIAS utf8cpp)
+endif()
+
 option(CONNECT_GNUSTEP "Build the macOS host against GNUstep" OFF)
 
 set(CONNECT_MACOS_HOST OFF)
@@ -16,6 +22,5 @@ if(APPLE OR CONNECT_GNUSTEP)
   include(platform/macos/Libraries.cmake)
 else()
   set(Boost_USE_STATIC_LIBS ON)
-  find_package(Boost 1.81 REQUIRED COMPONENTS json)
-  find_package(utf8cpp REQUIRED)
+  find_package(Boost 1.81 CONFIG REQUIRED COMPONENTS json)
 endif()

@@ -23,7 +23,7 @@ check_pie_supported(LANGUAGES CXX)
 
 option(CONNECT_CLANG_TIDY "Run clang-tidy on each source of the program while it is compiled" OFF)
 if(CONNECT_CLANG_TIDY)
-  find_program(CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
+  find_program(CLANG_TIDY clang-tidy REQUIRED)
 endif()
 
 # connect_library(<name> <STATIC|OBJECT> SOURCES <file>... LINKS <target>...)

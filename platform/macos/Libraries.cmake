@@ -1,20 +1,12 @@
 # The libraries that all folders use, from their headers alone: what a package manager compiled is
 # for one architecture and for the newest system.
 
-find_package(Boost 1.81 REQUIRED)
+find_package(Boost 1.81 CONFIG REQUIRED)
 add_library(connect_boost_json STATIC ${CMAKE_CURRENT_LIST_DIR}/BoostJson.cpp)
 target_link_libraries(connect_boost_json PUBLIC Boost::headers)
 target_compile_definitions(connect_boost_json PUBLIC
   BOOST_JSON_NO_LIB BOOST_JSON_STATIC_LINK BOOST_CONTAINER_NO_LIB BOOST_CONTAINER_STATIC_LINK)
 add_library(Boost::json ALIAS connect_boost_json)
-
-find_package(utf8cpp REQUIRED)
-# The name of the target differs from release to release.
-if(NOT TARGET utf8cpp)
-  add_library(utf8cpp INTERFACE)
-  target_link_libraries(utf8cpp INTERFACE
-    $<TARGET_NAME_IF_EXISTS:utf8cpp::utf8cpp> $<TARGET_NAME_IF_EXISTS:utf8::cpp>)
-endif()
 
 # What the files of the host are compiled with, and link.
 add_library(connect_appkit INTERFACE)
