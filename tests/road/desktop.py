@@ -134,6 +134,11 @@ class Process:
         """The messages of the next log lines."""
         return [log_message(self.output.next()) for _ in range(count)]
 
+    def write(self, text):
+        """Writes to the standard input of a process that was given a pipe for it."""
+        self._process.stdin.write(text.encode())
+        self._process.stdin.flush()
+
     def is_running(self):
         return self._process.poll() is None
 
@@ -162,9 +167,9 @@ class Process:
             except subprocess.TimeoutExpired:
                 self._process.kill()
                 raise
-        for lines in (self.output, self.errors):
-            if lines:
-                lines.close()
+        for stream in (self.output, self.errors, self._process.stdin):
+            if stream:
+                stream.close()
 
 
 class Desktop:

@@ -6,7 +6,7 @@ import unittest
 from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, page_link, status_of
-from road import DISPLAY, LINK, PAGE, TEXTS, RoadTestCase, bulky_link, page_messages, pages
+from road import LINK, PAGE, RoadTestCase, page_messages, pages
 
 
 class RoadTest(RoadTestCase):
@@ -188,38 +188,6 @@ class RoadTest(RoadTestCase):
                                                 "does not carry it\n")
                 self.assertEqual((result.output, result.status), ("", 1))
         self.expect_link(desktop, listener)
-
-    # By the desktop's own openers.
-
-    def expect_opener_keeps_texts(self, *command, texts=TEXTS, **environment):
-        # With and without the modules of GIO, which include the one that reads URLs as files.
-        desktop = Desktop(self)
-        for modules in (None, desktop.folder + "/empty"):
-            def follow(text):
-                self.expect_silence(desktop.spawn(*command, text, GIO_MODULE_DIR=modules,
-                                                  **environment).finish())
-            self.expect_texts_unchanged(desktop, follow, [*texts, bulky_link(100_000)])
-
-    def test_gio_open_keeps_each_text(self):
-        self.expect_opener_keeps_texts("gio", "open")
-
-    def test_xdg_open_on_gnome_keeps_each_text(self):
-        self.expect_opener_keeps_texts("xdg-open", XDG_CURRENT_DESKTOP="GNOME")
-
-    def test_xdg_open_without_a_desktop_keeps_each_text(self):
-        # It finds no handler for a scheme in capitals, and is slow.
-        self.expect_opener_keeps_texts("xdg-open", DISPLAY=DISPLAY,
-                                       texts=(LINK, TEXTS[4], TEXTS[6], TEXTS[-1]))
-
-    def test_gio_open_cold_opens_the_page(self):
-        desktop = Desktop(self)
-        self.expect_silence(desktop.spawn("gio", "open", LINK).finish())
-        self.assertEqual(desktop.opened(), PAGE)
-
-    def test_xdg_open_cold_opens_the_page(self):
-        desktop = Desktop(self)
-        self.expect_silence(desktop.spawn("xdg-open", LINK, DISPLAY=DISPLAY).finish())
-        self.assertEqual(desktop.opened(), PAGE)
 
 
 if __name__ == "__main__":
