@@ -26,9 +26,17 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
   return result;
 }
 
+bool hasWayland() {
+  const char* display = std::getenv("WAYLAND_DISPLAY");
+  return display != nullptr && *display != '\0';
+}
+
 std::vector<std::string> tokenVariables(const ActivationToken& token) {
+  // GTK 3 programs send the token of Wayland by the name that X11's has, and by that alone.
+  const auto& activationToken =
+      token.activationToken || !hasWayland() ? token.activationToken : token.startupId;
   std::vector<std::string> variables;
-  if (token.activationToken) variables.push_back("XDG_ACTIVATION_TOKEN=" + *token.activationToken);
+  if (activationToken) variables.push_back("XDG_ACTIVATION_TOKEN=" + *activationToken);
   if (token.startupId) variables.push_back("DESKTOP_STARTUP_ID=" + *token.startupId);
   return variables;
 }

@@ -16,7 +16,8 @@ namespace Vastel_Connect {
 
 /// Starts a program that lives on by itself: in a session of its own, with /dev/null for standard
 /// streams, no other descriptor of ours, no signal blocked or ignored, and `token` in its
-/// environment. Absent when it could not be started. The kernel reaps it.
+/// environment, where a lone startup id counts as the activation token on Wayland. Absent when it
+/// could not be started. The kernel reaps it.
 [[nodiscard]] std::optional<pid_t> spawnProgram(const std::string& program,
                                                 const std::vector<std::string>& arguments,
                                                 const ActivationToken& token);

@@ -81,13 +81,26 @@ TEST(SpawnProgram, GivesItAllSignalsWithTheirDefaults) {
   EXPECT_EQ(state, "PIPE\nHUP\nSigBlk:\t0000000000000000\n");
 }
 
+/// What a handler sees of a token, where WAYLAND_DISPLAY has this value.
+std::string tokenSeen(const ActivationToken& token, const std::optional<std::string>& display) {
+  ScopedEnvironment environment;
+  environment.set("WAYLAND_DISPLAY", display);
+  return outputOf("echo ${XDG_ACTIVATION_TOKEN-none} ${DESKTOP_STARTUP_ID-none}", token);
+}
+
 TEST(SpawnProgram, PassesTheTokenOn) {
-  EXPECT_EQ(outputOf("echo \"$XDG_ACTIVATION_TOKEN $DESKTOP_STARTUP_ID\"",
-                     {.activationToken = "token", .startupId = "id"}),
-            "token id\n");
-  EXPECT_EQ(outputOf("echo ${XDG_ACTIVATION_TOKEN-none} ${DESKTOP_STARTUP_ID-none}",
-                     {.activationToken = {}, .startupId = "id"}),
-            "none id\n");
+  for (const auto& display : {std::optional<std::string>(), std::optional<std::string>("wl-0")}) {
+    EXPECT_EQ(tokenSeen({.activationToken = "token", .startupId = "id"}, display), "token id\n");
+    EXPECT_EQ(tokenSeen({.activationToken = "token", .startupId = {}}, display), "token none\n");
+    EXPECT_EQ(tokenSeen({}, display), "none none\n");
+  }
+}
+
+TEST(SpawnProgram, PassesALoneStartupIdOnByBothNamesOnWayland) {
+  const ActivationToken token{.activationToken = {}, .startupId = "id"};
+  EXPECT_EQ(tokenSeen(token, "wayland-0"), "id id\n");
+  EXPECT_EQ(tokenSeen(token, ""), "none id\n");
+  EXPECT_EQ(tokenSeen(token, std::nullopt), "none id\n");
 }
 
 TEST(LetKernelReapChildren, LeavesNoZombie) {

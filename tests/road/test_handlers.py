@@ -194,6 +194,20 @@ class HandlersTest(RoadTestCase):
         desktop.open(LINK, activation_token="token-2")
         self.expect_tokens(desktop, "token-2")
 
+    def test_on_wayland_a_startup_id_alone_is_the_token_too(self):
+        desktop = Desktop(self, WAYLAND_DISPLAY="wayland-0")
+        for _ in ("cold", "warm"):
+            self.expect_silence(desktop.run(LINK, DESKTOP_STARTUP_ID="id"))
+            self.expect_tokens(desktop, "id", "id")
+        desktop.end_programs()
+        for _ in ("cold", "warm"):
+            desktop.open(LINK, desktop_startup_id="id")
+            self.expect_tokens(desktop, "id", "id")
+        desktop.open(LINK, activation_token="token", desktop_startup_id="id")
+        self.expect_tokens(desktop, "token", "id")
+        desktop.open(LINK)
+        self.expect_tokens(desktop)
+
     def test_a_token_goes_with_no_link_when_its_own_opens_nothing(self):
         desktop = Desktop(self)
         desktop.open("screenpop:", activation_token="token")
