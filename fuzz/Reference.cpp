@@ -1,6 +1,7 @@
 #include "fuzz/Reference.h"
 
 #include <algorithm>
+#include <regex>
 
 namespace Vastel_Connect::reference {
 namespace {
@@ -77,6 +78,31 @@ bool isUrl(std::string_view text) {
   return true;
 }
 
+std::string urlText(const std::string& url) {
+  // Scheme; user; host, which may be an address in brackets; and all that follows.
+  static const std::regex parts(
+      R"(([A-Za-z0-9+.\-]*:)?(?:(//)([^/?#@]*@)?((?:\[[^/?#\]]*\])?[^/?#:]*))?([^]*))");
+  std::smatch found;
+  std::regex_match(url, found, parts);
+  const bool opaque = found[1].matched && url.substr(found.str(1).size(), 1) != "/";
+  const auto escape = [opaque](std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+      escaped += c == '['             ? "%5B"
+                 : c == ']'           ? "%5D"
+                 : c == '#' && opaque ? "%23"
+                                      : std::string(1, c);
+    }
+    return escaped;
+  };
+  std::string host = found[4];
+  const bool opens = host.substr(0, 1) == "[";
+  const bool closes = !host.empty() && host.back() == ']';
+  host = host.substr(opens ? 1 : 0, host.size() - (opens ? 1 : 0) - (closes ? 1 : 0));
+  return found.str(1) + found.str(2) + escape(found.str(3)) + (opens ? "[" : "") + escape(host) +
+         (closes ? "]" : "") + escape(found.str(5));
+}
+
 std::size_t schemeLength(std::string_view text) {
   const auto colon = text.find(':');
   if (colon == text.npos || colon == 0) return 0;
@@ -113,7 +139,7 @@ Outcome followLink(std::string_view uri) {
   const Json* page = request ? request->member("WebPage") : nullptr;
   if (page == nullptr || page->kind != Json::String) return say("no webpage to open"), outcome;
   say("webpage: " + page->text);
-  if (isUrl(page->text)) outcome.page = page->text;
+  if (isUrl(page->text)) outcome.page = urlText(page->text);
   return outcome;
 }
 

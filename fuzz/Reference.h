@@ -21,6 +21,9 @@ namespace Vastel_Connect::reference {
 /// Whether a text forms a URL.
 [[nodiscard]] bool isUrl(std::string_view text);
 
+/// The text of the URL that a text forms.
+[[nodiscard]] std::string urlText(const std::string& url);
+
 /// The length of the scheme in front of a text's first colon; 0 without one.
 [[nodiscard]] std::size_t schemeLength(std::string_view text);
 

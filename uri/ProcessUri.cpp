@@ -37,7 +37,7 @@ void AppDelegate::processUri(std::string_view uri) const {
   if (!request.WebPage) return logMessage("no webpage to open");
 
   logMessage("webpage: ", *request.WebPage);
-  if (formsUrl(*request.WebPage)) platform::openUrl(*request.WebPage);
+  if (const auto url = urlText(*request.WebPage)) platform::openUrl(*url);
 }
 
 }  // namespace Vastel_Connect

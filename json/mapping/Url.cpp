@@ -15,8 +15,9 @@ constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 }  // namespace
 
 std::optional<Url> Url::fromText(std::string_view text) {
-  if (!formsUrl(text)) return std::nullopt;
-  return Url(std::string(text));
+  auto url = urlText(text);
+  if (!url) return std::nullopt;
+  return Url(*std::move(url));
 }
 
 std::optional<std::string> percentEncodedForQuery(std::string_view text) {

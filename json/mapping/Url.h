@@ -7,7 +7,7 @@
 
 namespace Vastel_Connect {
 
-/// A text that forms a URL, kept as it came. See formsUrl for what does; "" and "foo" do.
+/// A URL by its text: see formsUrl for what forms one ("" and "foo" do), and urlText for its text.
 class Url {
  public:
   /// Absent when `text` does not form a URL.

@@ -32,7 +32,7 @@ def expect(link):
             messages.append("webpage: " + page)
         elif not fatal:
             messages.append("no webpage to open")
-    opened = page if isinstance(page, str) and is_url_with_scheme(page) else None
+    opened = url_text(page) if isinstance(page, str) and is_url_with_scheme(page) else None
     return types.SimpleNamespace(messages=messages, opened=opened, fatal=fatal)
 
 
@@ -73,6 +73,20 @@ def is_url_with_scheme(page):
     return bool(re.fullmatch(r"[A-Za-z][A-Za-z0-9+.\-]*:" + character + f"(?:#{character})?", page))
 
 
+def url_text(page):
+    """The text of the URL: brackets are escaped but at the ends of the host, and a "#" is where no
+    slash follows the scheme."""
+    escape = lambda text: text.replace("[", "%5B").replace("]", "%5D")
+    if not re.match("[^:]*:/", page):
+        return escape(page).replace("#", "%23")
+    parts = re.fullmatch(r"([^:]*://)([^/?#@]*@)?((?:\[[^]/?#]*\])?[^:/?#]*)(.*)", page)
+    if not parts:
+        return escape(page)
+    scheme, user, host, rest = (part or "" for part in parts.groups())
+    inner = re.fullmatch(r"(\[?)(.*?)(\]?)", host)
+    return scheme + escape(user) + inner[1] + escape(inner[2]) + inner[3] + escape(rest)
+
+
 # Random links. Each has the number of its own in it, so that no two are the same.
 
 ODD_PAGES = [
@@ -84,7 +98,7 @@ ODD_PAGES = [
 FINE_PAGES = [
     "https://page.test/{}", "http://page.test:8080/?q={}&a=b#c", "HTTPS://page.test/%C3%BC{}",
     "https://u@[::1]/{};$(touch;x)'*!~", "other:{}", "file:///nowhere/{}",
-    "-https://page.test/{}", "mailto:{}@page.test",
+    "-https://page.test/{}", "mailto:{}@page.test", "tel:#{}", "https://[::1]/?a[]={}#[x]",
 ]
 PREFIXES = ["screenpop://", "screenpop:", "SCREENPOP://", "ScreenPop:"]
 TEXTS = [

@@ -27,6 +27,57 @@ TEST(FormsUrl, AgreesWithThePlatform) {
   EXPECT_GT(accepted, 0);
 }
 
+TEST(UrlText, IsAbsentForWhatFormsNoUrl) {
+  for (const char* text : {"a b", "%", "a#b#c"}) EXPECT_EQ(urlText(text), std::nullopt) << text;
+}
+
+TEST(UrlText, KeepsEveryOrdinaryUrl) {
+  for (const char* text :
+       {"", "foo", "foo#a", "#a", "/etc/passwd", ":", "//h#a", "https://u:p@h:80/a%20b?q=1#top",
+        "http://[::1]", "http://[::1]:80/", "http://u@[::1]?a", "//[::1]/", "file:/x#y",
+        "file:///x#y", "a_b:c#d", "http://h#a", "mailto:a@b"}) {
+    EXPECT_EQ(urlText(text), text);
+  }
+}
+
+TEST(UrlText, EscapesBracketsButAtTheEndsOfTheHost) {
+  const struct {
+    const char* text;
+    const char* url;
+  } rows[] = {
+      {"http://h/?a[]=1", "http://h/?a%5B%5D=1"},
+      {"https://h/a?q=[1]#[top]", "https://h/a?q=%5B1%5D#%5Btop%5D"},
+      {"http://u[1]@[::1]:80/[x]", "http://u%5B1%5D@[::1]:80/%5Bx%5D"},
+      {"http://[a]b]/", "http://[a%5Db]/"},
+      {"http://[a[b]/", "http://[a%5Bb]/"},
+      {"http://[a]b:1]/", "http://[a%5Db:1%5D/"},
+      {"http://a[b]c/", "http://a%5Bb%5Dc/"},
+      {"http://a:[1]/", "http://a:%5B1%5D/"},
+      {"http://[::1/]", "http://[::1/%5D"},
+      {"http://h?[::1]", "http://h?%5B::1%5D"},
+      {"http:/[::1]/", "http:/%5B::1%5D/"},
+      {"[::1]", "%5B::1%5D"},
+      {"[://[h]/", "%5B://%5Bh%5D/"},
+      {"x:[]", "x:%5B%5D"},
+  };
+  for (const auto& [text, url] : rows) EXPECT_EQ(urlText(text), url);
+}
+
+TEST(UrlText, EscapesTheNumberSignWhereNoSlashFollowsTheScheme) {
+  const struct {
+    const char* text;
+    const char* url;
+  } rows[] = {
+      {"tel:#1234", "tel:%231234"},
+      {"mailto:x#y", "mailto:x%23y"},
+      {"a:b/c#d", "a:b/c%23d"},
+      {"1:x#y", "1:x%23y"},
+      {":#", ":%23"},
+      {"+-.:#", "+-.:%23"},
+  };
+  for (const auto& [text, url] : rows) EXPECT_EQ(urlText(text), url);
+}
+
 TEST(FormsUrl, LooksAtNoSyntax) {
   for (const char* text : {"", "foo", "--help", "/etc/passwd", "//h", ":", "://", "http://["}) {
     EXPECT_TRUE(forms(text)) << text;

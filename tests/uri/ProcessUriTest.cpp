@@ -118,6 +118,12 @@ TEST_F(ProcessUriLogging, GoesOnWithAnEmptyPage) {
               ElementsAre("process uri: " + uri, "process screenpop", "webpage: ", "open: "));
 }
 
+TEST_F(ProcessUriLogging, OpensTheTextOfTheUrl) {
+  const std::string uri = "screenpop:eyJXZWJQYWdlIjoidGVsOiMxMjM0In0=";
+  EXPECT_THAT(process(uri), ElementsAre("process uri: " + uri, "process screenpop",
+                                        "webpage: tel:#1234", "open: tel:%231234"));
+}
+
 TEST_F(ProcessUriLogging, DropsAPageThatFormsNoUrl) {
   EXPECT_THAT(process(std::string("screenpop:") + kPageWithBlank),
               ElementsAre(std::string("process uri: screenpop:") + kPageWithBlank,

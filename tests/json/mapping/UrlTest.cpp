@@ -7,12 +7,17 @@
 namespace Vastel_Connect {
 namespace {
 
-TEST(Url, KeepsATextThatFormsAUrl) {
-  for (const std::string text : {"", "foo", "/etc/passwd", "https://example.org/a%20b?q=[1]#top"}) {
+TEST(Url, IsMadeOfATextThatFormsAUrl) {
+  for (const std::string text : {"", "foo", "/etc/passwd", "https://example.org/a%20b?q=1#top"}) {
     const auto url = Url::fromText(text);
     ASSERT_TRUE(url) << text;
     EXPECT_EQ(url->absoluteString(), text);
   }
+}
+
+TEST(Url, HasTheTextOfTheUrlThatIsFormed) {
+  EXPECT_EQ(Url::fromText("http://h/?a[]=1")->absoluteString(), "http://h/?a%5B%5D=1");
+  EXPECT_EQ(Url::fromText("tel:#1"), Url::fromText("tel:%231"));
 }
 
 TEST(Url, IsAbsentForATextThatFormsNone) {
