@@ -1,6 +1,5 @@
 """docs/links.html in Chromium: what it says about links, and the links that it makes."""
 
-import os
 import pathlib
 import re
 import unittest
@@ -17,6 +16,7 @@ class ReadingTest(unittest.TestCase):
     maxDiff = None
 
     def test_the_page_says_what_the_program_does(self):
+        self.desktop = desktop.Desktop(self, screen=True)
         texts = links.all_links()
         readings = self.read_in_browser(texts)
         self.assertGreater(len(texts), 150)
@@ -27,7 +27,6 @@ class ReadingTest(unittest.TestCase):
         starts = [re.match(r"webpage: ([A-Za-z0-9+.-]+):", reading["messages"][-1])
                   for reading in readings]
         schemes = {start[1].lower() for start in starts if start}
-        self.desktop = desktop.Desktop(self)
         self.desktop.install_handler(sorted(schemes))
         self.listener = None
         for text, reading in zip(texts, readings):
@@ -36,17 +35,9 @@ class ReadingTest(unittest.TestCase):
         self.assertEqual(self.listener.end().output, "")
 
     def read_in_browser(self, texts):
-        if reason := browser.why_not():
-            self.skipTest(reason)
-        session = browser.Desktop(os.environ["CONNECT_STAGE"], None, permitted=False)
-        try:
-            session.start()
-            session.browser.show(PAGE_FILE.as_uri())
-            readings = session.browser.execute("return arguments[0].map(readLink)", texts)
-            session.browser.close()
-        finally:
-            session.close()
-        return readings
+        chromium = browser.Chromium(self, self.desktop)
+        chromium.show(PAGE_FILE.as_uri())
+        return chromium.execute("return arguments[0].map(readLink)", texts)
 
     def follow(self, text, reading):
         if self.listener is None:
@@ -76,39 +67,38 @@ class LengthTest(unittest.TestCase):
 
 class MakingTest(unittest.TestCase):
     def test_the_example_makes_a_link(self):
-        session = self.start_session("<a id=link>call</a>")
+        self.show("<a id=link>call</a>")
         (example,) = re.findall("^```js\n(.*?)^```$", PAGE_FILE.with_suffix(".md").read_text(),
                                 re.MULTILINE | re.DOTALL)
-        session.browser.execute(example)
-        session.browser.click("#link")
-        self.assertEqual(session.recorded_page(), "https://crm.example/48213")
+        self.chromium.execute(example)
+        self.chromium.click("#link")
+        self.assertEqual(self.desktop.opened(), "https://crm.example/48213")
 
     def test_one_link_follows_from_one_click(self):
         first, second, third = (desktop.page_link(f"https://crm.example/{n}") for n in (1, 2, 3))
-        session = self.start_session(f"<a id=first href={first}>1</a>"
-                                     f"<a id=third href={third}>3</a>")
-        session.browser.click("#first")
-        self.assertEqual(session.recorded_page(), "https://crm.example/1")
-        session.browser.execute("location.href = arguments[0]", second)
-        session.browser.click("#third")
-        self.assertEqual(session.recorded_page(), "https://crm.example/3")
+        self.show(f"<a id=first href={first}>1</a><a id=third href={third}>3</a>")
+        self.chromium.click("#first")
+        self.assertEqual(self.desktop.opened(), "https://crm.example/1")
+        self.chromium.execute("location.href = arguments[0]", second)
+        self.chromium.click("#third")
+        self.assertEqual(self.desktop.opened(), "https://crm.example/3")
 
     def test_chromium_follows_a_link_as_long_as_is_said(self):
-        session = self.start_session("""<a id=link>call</a><script>
-            const report = (what) => fetch("/opened", { method: "POST", body: what });
+        self.show("""<a id=link>call</a><script>
+            const report = (what) => fetch("/report", { method: "POST", body: what });
             // The question about a link takes the focus, and the page that stands for a link that
             // is too long takes the place of this one.
             onblur = () => report("question");
-            onpagehide = () => navigator.sendBeacon("/opened", "gone");
+            onpagehide = () => navigator.sendBeacon("/report", "gone");
             const make = (length) => { link.href = "screenpop:".padEnd(length, "A"); };
             </script>""", permitted=False)
-        session.browser.execute("make(2097153)")
-        session.browser.click("#link")
-        self.assertEqual(session.pages.wait_for_page(), "gone")
-        session.browser.show(f"{session.pages.origin}/links.html")
-        session.browser.execute("make(2097152)")
-        session.browser.click("#link")
-        self.assertEqual(session.pages.wait_for_page(), "question")
+        self.chromium.execute("make(2097153)")
+        self.chromium.click("#link")
+        self.assertEqual(self.site.report(), "gone")
+        self.chromium.show(f"{self.site.origin}/links.html")
+        self.chromium.execute("make(2097152)")
+        self.chromium.click("#link")
+        self.assertEqual(self.site.report(), "question")
 
     def test_the_link_that_the_page_makes_opens_its_page(self):
         self.check_link("#plain", "screenpop:")
@@ -116,34 +106,29 @@ class MakingTest(unittest.TestCase):
     def test_the_link_with_slashes_that_the_page_makes_opens_its_page(self):
         self.check_link("#slashes", "screenpop://")
 
-    def start_session(self, text, permitted=True):
-        """A desktop whose browser shows a page of this text."""
-        if reason := browser.why_not():
-            self.skipTest(reason)
-        session = browser.Desktop(os.environ["CONNECT_STAGE"], "GNOME", permitted)
-        self.addCleanup(session.close)
-        session.record_pages("https")
-        session.pages.texts["/links.html"] = text
-        session.start()
-        self.addCleanup(session.browser.close)
-        session.browser.show(f"{session.pages.origin}/links.html")
-        return session
+    def show(self, text, permitted=True):
+        """Shows a page of this text, in a desktop that reports pages."""
+        self.desktop = desktop.Desktop(self, screen=True, XDG_CURRENT_DESKTOP="GNOME")
+        self.site = browser.Site(self)
+        self.site.texts["/links.html"] = text
+        self.chromium = browser.Chromium(self, self.desktop, self.site.origin if permitted else None)
+        self.chromium.show(f"{self.site.origin}/links.html")
 
     def check_link(self, selector, prefix):
-        session = self.start_session(PAGE_FILE.read_text())
-        session.browser.type("#page", "https://crm.example/?number=%2B31201234567")
-        session.browser.type("#fields", "Caller name=Jänsen, M. 📞\nCaller number=+31=201234567")
+        self.show(PAGE_FILE.read_text())
+        self.chromium.type("#page", "https://crm.example/?number=%2B31201234567")
+        self.chromium.type("#fields", "Caller name=Jänsen, M. 📞\nCaller number=+31=201234567")
         link = desktop.make_link(
             '{"WebPage":"https://crm.example/?number=%2B31201234567",'
             '"CallFields":{"Caller name":"Jänsen, M. 📞","Caller number":"+31=201234567"}}', prefix)
-        self.assertEqual(session.browser.execute(
+        self.assertEqual(self.chromium.execute(
             f"return document.querySelector('{selector}').textContent"), link)
-        self.assertEqual(session.browser.execute("return at('log').textContent").split("\n"), [
+        self.assertEqual(self.chromium.execute("return at('log').textContent").split("\n"), [
             f"{PREFIX}new uri event", f"{PREFIX}process uri: {link.replace('://', ':')}",
             f"{PREFIX}process screenpop",
             f"{PREFIX}webpage: https://crm.example/?number=%2B31201234567", ""])
-        session.browser.click(selector)
-        self.assertEqual(session.recorded_page(), "https://crm.example/?number=%2B31201234567")
+        self.chromium.click(selector)
+        self.assertEqual(self.desktop.opened(), "https://crm.example/?number=%2B31201234567")
 
 
 def without_time(line):
@@ -151,5 +136,4 @@ def without_time(line):
 
 
 if __name__ == "__main__":
-    browser.enter_own_namespaces()
     unittest.main()

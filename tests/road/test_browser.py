@@ -1,11 +1,11 @@
 """A link on a web page, clicked in Chromium, opens its page in the same browser."""
 
-import itertools
 import os
-import re
 import unittest
 
 import browser
+from desktop import PROGRAM, Desktop
+from road import page_messages
 
 
 class BrowserTest(unittest.TestCase):
@@ -34,69 +34,51 @@ class BrowserTest(unittest.TestCase):
         self.check_start(None, "screenpop://")
 
     def test_without_the_policy_the_question_comes_first(self):
-        desktop, _, _ = self.make_desktop("GNOME", "screenpop:", permitted=False)
-        program = desktop.start_program("-log")
-        desktop.browser.show(f"{desktop.pages.origin}/call")
-        desktop.pages.wait_for_page()
+        self.make_desktop("GNOME", "screenpop:", permitted=False)
+        listener = self.desktop.listen("-log")
+        self.chromium.show(f"{self.site.origin}/call")
+        self.site.report()
         # The question takes the focus from the page.
-        desktop.browser.execute(
-            "onblur = () => fetch('/opened', {method: 'POST', body: 'question'})")
-        desktop.browser.click("#link")
-        self.assertEqual(desktop.pages.wait_for_page(), "question")
-        log = self.end_program(program)
-        self.assertEqual(log, [])
-        self.assertEqual(desktop.pages.requests, ["/call"])
+        self.chromium.execute("onblur = () => fetch('/report', {method: 'POST', body: 'question'})")
+        self.chromium.click("#link")
+        self.assertEqual(self.site.report(), "question")
+        self.assertEqual(listener.end().output, "")
+        self.assertEqual(self.site.requests, ["/call"])
 
     def check_running_program(self, current_desktop, protocol):
-        desktop, page, link = self.make_desktop(current_desktop, protocol)
-        program = desktop.start_program("-log")
-        self.click_link(desktop, page)
-
-        log = self.end_program(program)
-        self.assertEqual([re.sub(r"^Log \d\d:\d\d:\d\d> ", "", line) for line in log], [
-            "new uri event", f"process uri: {link}", "process screenpop", f"webpage: {page}"])
-
-    def end_program(self, program):
-        """The log lines of a program that is asked to end."""
-        program.terminate()
-        output, _ = program.communicate(timeout=browser.LIMIT)
-        self.assertEqual(program.returncode, 0)
-        lines = output.split("\n")
-        self.assertEqual(lines.pop(), "")
-        return list(itertools.dropwhile(lambda line: not line.startswith("Log "), lines))
+        self.make_desktop(current_desktop, protocol)
+        listener = self.desktop.listen("-log")
+        self.click_link()
+        self.assertEqual(listener.messages(4), page_messages(self.site.link, self.page))
+        self.assertEqual(listener.end().output, "")
 
     def check_start(self, current_desktop, protocol):
-        desktop, page, _ = self.make_desktop(current_desktop, protocol)
-        self.assertFalse(desktop.has_program())
-        self.click_link(desktop, page)
-        self.assertEqual(desktop.program_path(),
-                         os.path.realpath(os.environ["CONNECT_STAGE"] + "/bin/vastel-connect"))
+        self.make_desktop(current_desktop, protocol)
+        self.assertIsNone(self.desktop.owner())
+        self.click_link()
+        self.assertEqual(os.path.realpath(f"/proc/{self.desktop.owner()}/exe"),
+                         os.path.realpath(PROGRAM))
 
     def make_desktop(self, current_desktop, protocol, permitted=True):
-        reason = browser.why_not()
-        if reason:
-            self.skipTest(reason)
-        desktop = browser.Desktop(os.environ["CONNECT_STAGE"], current_desktop, permitted)
-        self.addCleanup(desktop.close)
-        page = f"{desktop.pages.origin}/customer?number=+31201234567&name=Jansen,%20M.#call"
-        payload = browser.encode_record({"WebPage": page})
+        self.desktop = Desktop(self, screen=True, XDG_CURRENT_DESKTOP=current_desktop)
+        self.site = browser.Site(self)
+        self.page = f"{self.site.origin}/customer?number=+31201234567&name=Jansen,%20M.#call"
+        payload = browser.encode_record({"WebPage": self.page})
         self.assertLessEqual(set("+/="), set(payload))
-        desktop.pages.link = protocol + payload
-        desktop.start()
-        self.addCleanup(desktop.browser.close)
-        return desktop, page, desktop.pages.link
+        self.site.link = protocol + payload
+        self.chromium = browser.Chromium(self, self.desktop, self.site.origin if permitted else None)
+        self.desktop.install_handler(["http"], self.chromium.command)
 
-    def click_link(self, desktop, page):
-        start = f"{desktop.pages.origin}/call"
-        desktop.browser.show(start)
-        self.assertEqual(desktop.pages.wait_for_page(), start)
-        desktop.browser.click("#link")
-        self.assertEqual(desktop.pages.wait_for_page(), page)
-        self.assertEqual(sorted(desktop.browser.addresses()), sorted([start, page]))
-        self.assertEqual(desktop.pages.requests, [
+    def click_link(self):
+        start = f"{self.site.origin}/call"
+        self.chromium.show(start)
+        self.assertEqual(self.site.report(), start)
+        self.chromium.click("#link")
+        self.assertEqual(self.site.report(), self.page)
+        self.assertEqual(sorted(self.chromium.addresses()), sorted([start, self.page]))
+        self.assertEqual(self.site.requests, [
             "/call", "/customer?number=+31201234567&name=Jansen,%20M."])
 
 
 if __name__ == "__main__":
-    browser.enter_own_namespaces()
     unittest.main()
