@@ -71,7 +71,7 @@ void AppDelegate::handleCommandLine() {
   if (FlagHelp) printUsage();
   if (FlagChangeLog) printChangeLog();
   if (FlagShowUri) platform::printLine(UriApiText);
-  if (FlagHelp || FlagChangeLog || FlagShowUri) platform::terminate();
+  if (endsAfterText()) platform::terminate();
 }
 
 }  // namespace Vastel_Connect

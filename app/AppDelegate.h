@@ -51,6 +51,8 @@ class AppDelegate {
   void parseCommandLine();
   /// Reads the command line, prints what it asks for, and ends the application after a text.
   void handleCommandLine();
+  /// Whether one of the switches was given that print a text and end the application.
+  [[nodiscard]] bool endsAfterText() const { return FlagHelp || FlagChangeLog || FlagShowUri; }
 
   /// Logs `message` with `value` right behind it, as one line for each log flag that is set. Any
   /// thread. (log/LogMessage.cpp)

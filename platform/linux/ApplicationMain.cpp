@@ -74,6 +74,14 @@ bool joinBus(NameRequest request) {
   return true;
 }
 
+/// Whether the command line asks for a text. It is no delegate that links go to, whose flags are
+/// false until they are delivered.
+bool endsAfterText() {
+  AppDelegate reader;
+  reader.parseCommandLine();
+  return reader.endsAfterText();
+}
+
 /// Gives the links of the command line to the application. Absent when this process is to be the
 /// application itself: it has the name then, or there is no bus. Otherwise the exit status.
 std::optional<int> giveLinksAway(const std::vector<std::string>& links,
@@ -148,7 +156,9 @@ int applicationMain(int argc, char** argv) {
   const ActivationToken token = takeActivationTokenFromEnvironment();
   forgetStarter();
 
-  if (arguments.startedWithLink) {
+  // With a text to print it is the application for the time of its start, on any desktop: the links
+  // are opened, the text is printed, and nobody else is started or disturbed.
+  if (arguments.startedWithLink && !endsAfterText()) {
     if (arguments.links.empty()) return EXIT_FAILURE;
     if (const auto status = giveLinksAway(arguments.links, token)) return *status;
   }

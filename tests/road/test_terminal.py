@@ -131,6 +131,26 @@ class TerminalTest(unittest.TestCase):
         desktop.opened()
         self.assertTrue(first.is_running())
 
+    def test_a_link_with_a_printing_switch_is_opened_before_the_text(self):
+        for bus in (False, True):
+            with self.subTest(bus=bus):
+                desktop = Desktop(self, bus=bus)
+                for text in TEXTS:
+                    self.expect_texts(desktop.run(LINK, SWITCHES[text][0], "-log"), text)
+                    self.assertEqual(desktop.opened(), PAGE)
+                # The link comes first: one that ends the program leaves no text.
+                result = desktop.run("-help", make_link("[]"))
+                self.assertEqual((result.output, result.errors, result.status), ("", "", 70))
+                if bus:
+                    self.assertEqual(desktop.names_seen(), [])
+
+    def test_a_link_with_a_printing_switch_leaves_a_listener_alone(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        self.expect_texts(desktop.run("-help", LINK), "usage")
+        self.assertEqual(desktop.opened(), PAGE)
+        self.assertEqual(listener.end().output, "")
+
     # Standard output that is not there.
 
     def expect_closing_harms_nothing(self, redirections):
@@ -418,10 +438,6 @@ class TerminalTest(unittest.TestCase):
         self.assertEqual(result.status, 1)
         self.assertEqual(desktop.opened_all(2), pages)
 
-    def test_without_a_bus_a_link_may_come_with_a_printing_switch(self):
-        desktop = Desktop(self, bus=False)
-        self.expect_texts(desktop.run("-showuri", LINK), "showuri")
-        self.assertEqual(desktop.opened(), PAGE)
 
     def test_a_bus_that_does_not_answer_is_no_bus(self):
         desktop = Desktop(self, bus=False, DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/at/all")
