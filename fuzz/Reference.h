@@ -52,8 +52,7 @@ struct Json::Member {
   Json value;
 };
 
-/// Reads a document whose top level is an object or an array, at most 512 levels deep, and whose
-/// powers of ten are at most 2147483647.
+/// Reads a document whose top level is an object or an array, at most 512 levels deep.
 [[nodiscard]] std::optional<Json> parseJson(std::string_view text);
 
 /// The one action of a link: the log messages behind "process uri: ", and the page, if one opens.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
 
 #include "text/Utf8.h"
@@ -27,14 +28,44 @@ bool areWritable(const JSON& members) {
   });
 }
 
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+/// The same document with no exponent of more than nine digits. Beyond those, a number is zero or
+/// infinite whatever its other digits are, as long as they are fewer than a billion.
+std::string withShortExponents(std::string_view text) {
+  std::string result;
+  bool inString = false;
+  auto at = text.begin();
+  while (at != text.end()) {
+    const char c = *at++;
+    result += c;
+    if (c == '"') inString = !inString;
+    if (inString && c == '\\' && at != text.end()) result += *at++;
+    if (inString || (c != 'e' && c != 'E')) continue;
+    if (at != text.end() && (*at == '+' || *at == '-')) result += *at++;
+    const auto end = std::find_if_not(at, text.end(), isDigit);
+    const auto first = std::find_if(at, end, [](char digit) { return digit != '0'; });
+    result += end - first > 9 ? "999999999" : std::string_view(at, end);
+    at = end;
+  }
+  return result;
+}
+
 }  // namespace
 
 std::optional<JsonValue> parseJsonText(std::string_view text, boost::json::storage_ptr storage) {
   boost::json::parse_options options;
   options.max_depth = kJsonDepthLimit;
   boost::system::error_code error;
-  JsonValue document = boost::json::parse(text, error, std::move(storage), options);
-  if (error || !document.is_structured()) return std::nullopt;
+  std::optional document = boost::json::parse(text, error, storage, options);
+  if (error == boost::json::error::exponent_overflow) {
+    // From which exponent on depends on the version of the library.
+    document.emplace(
+        boost::json::parse(withShortExponents(text), error, std::move(storage), options));
+  }
+  if (error || !document->is_structured()) return std::nullopt;
   return document;
 }
 

@@ -14,7 +14,8 @@ inline constexpr std::size_t kJsonDepthLimit = 512;
 
 /// Parses a whole JSON document (RFC 8259, UTF-8) whose top level is an object or an array. Absent
 /// for anything else, a bare string or number and a too deeply nested document included. Of a
-/// repeated key the last value counts. The result lives in `storage`, which must outlive it.
+/// repeated key the last value counts. Numbers may be of any size: one beyond a double's range is
+/// infinite or zero. The result lives in `storage`, which must outlive it.
 [[nodiscard]] std::optional<JsonValue> parseJsonText(std::string_view text,
                                                      boost::json::storage_ptr storage = {});
 

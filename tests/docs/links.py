@@ -73,12 +73,7 @@ def documents():
         RECORD.replace('"WebPage"', "WebPage"), RECORD.replace(":", "=", 1),
     ]
     members = [
-        '"a":01', '"a":1.', '"a":.5', '"a":+1', '"a":-', '"a":-0', '"a":-01', '"a":1e', '"a":1e+',
-        '"a":1E-7', '"a":0x1F', '"a":Infinity', '"a":1e308', '"a":1e309', '"a":-1e400',
-        '"a":1e-400', '"a":1e99999999999', '"a":1e-99999999999',
-        '"a":1e00000000001', '"a":1E+2147483647', '"a":1e-2147483648', '"a":"1e2147483648"',
-        '"a":' + "9" * 400,
-        '"a":0.' + "0" * 400 + "1", '"a":18446744073709551616', '"a":1_0',
+        '"a":"1e99999999999"', '"a":' + "9" * 400, '"a":0.' + "0" * 400 + "1",
         r'"a":"\ud83d\udcde"', r'"a":"\uD83D\uDCDE"', r'"a":"\ud83d"', r'"a":"\udcde"',
         r'"a":"\udcde\ud83d"', r'"a":"\ud83d\ud83d\udcde"', r'"a":"\ud83dx"', r'"a":"\ud83d\n"',
         r'"a":"\\ud83d"', r'"a":"\\\ud83d"', r'"\ud83d":1', r'"a":"\ud83d","a":1', r'"a":"\u0000"',
@@ -88,6 +83,8 @@ def documents():
         '"a":tru', '"a":TRUE', '"a":undefined', '"a":', '"a"', '"":""', "1:2", '"a":1 "b":2',
         '"a":1,,"b":2', '"__proto__":{"WebPage":7}', '"a":"[[{{"', r'"a":"\"[{"',
     ]
+    with open(DATA + "/json_numbers.tsv", encoding="ascii") as rows:
+        members += ['"a":' + json.loads(row.split("\t")[0]) for row in rows]
     texts += [RECORD.replace("{", "{" + member + ",", 1) for member in members]
     texts += ['{"a":' * levels + "1" + "}" * levels for levels in (511, 512, 513)]
     texts += ["[" * levels + "]" * levels for levels in (512, 513, 100_000)]

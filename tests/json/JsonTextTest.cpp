@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -54,6 +56,21 @@ TEST(ParseJsonText, RefusesWhatIsNotJson) {
   };
   for (const std::string_view text : rows) {
     EXPECT_FALSE(parseJsonText(text)) << text;
+  }
+}
+
+TEST(ParseJsonText, TakesNumbersOfAnySize) {
+  for (const auto& row : readTable("json_numbers.tsv")) {
+    const std::string number = jsonString(row[0]);
+    // A text that looks like a number stays as it is.
+    const auto document =
+        parseJsonText("{\"e\\\"1e99999999999\":\"1e99999999999\",\"n\":" + number + "}");
+    ASSERT_EQ(document.has_value(), row[1] != "reject") << number;
+    if (!document) continue;
+    EXPECT_EQ(document->at("e\"1e99999999999"), "1e99999999999") << number;
+    const double expected = std::strtod(row[1].c_str(), nullptr);
+    const auto value = document->at("n").to_number<double>();
+    EXPECT_TRUE(std::isnan(expected) ? std::isnan(value) : value == expected) << number;
   }
 }
 

@@ -110,7 +110,7 @@ JSON_TEXTS = [
     '{{"WebPage":{}}}', '{{"WebPage":null,"n":{}}}', '"{}"', "{}", '{{"n":{}', '{{"n":{},}}',
     '\ufeff{{"n":{}}}', '{{"WebPage":"\\ud800{}"}}', '{{"WebPage":"\\u0000{}"}}', '{{"n":NaN}}{}',
     '{{"WebPage":"https://page.test/first","WebPage":"https://page.test/{}"}}',
-    ' {{"n":[[[1e400,-0.0,{}]]],"WebPage":"https:\\/\\/page.test\\/{}"}} ', '{{"n":"\t{}"}}',
+    ' {{"n":[[[1e99999999999,-0.0,{}]]],"WebPage":"https:\\/\\/page.test\\/{}"}} ', '{{"n":"\t{}"}}',
     "{{\"webpage\":\"https://page.test/{}\"}}", '{{"WebPage":["https://page.test/{}"]}}',
 ]
 
