@@ -33,7 +33,7 @@ const std::vector<Switch>& switches() {
 void AppDelegate::applicationWillFinishLaunching() {
   // Before the command line is read, on purpose: the URI that launched the application comes next,
   // and writes no log line whatever the switches say.
-  platform::setUriEventHandler(*this, kInternetEventClass, kAEGetURL);
+  platform::setUriEventHandler();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -41,7 +41,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::applicationWillTerminate() {
-  platform::removeUriEventHandler(kInternetEventClass, kAEGetURL);
+  platform::removeUriEventHandler();
 }
 
 void AppDelegate::UriEventHandlerWithEvent(const UriEvent* event) {

@@ -10,7 +10,7 @@ namespace Vastel_Connect {
 /// A window of the host, which alone knows what it is.
 class Window;
 
-/// The event that hands over a URI: its class, its ID, and the keyword of its direct parameter, as
+/// The event that brings a URI: its class, its ID, and the keyword of its direct parameter, as
 /// four-character codes with the first character in the highest byte.
 inline constexpr std::uint32_t kInternetEventClass = 0x4755524C;  // 'GURL'
 inline constexpr std::uint32_t kAEGetURL = 0x4755524C;            // 'GURL'

@@ -10,6 +10,7 @@
 #include "app/AppDelegate.h"
 #include "bench/Straightforward.h"
 #include "json/JsonText.h"
+#include "tests/platform/RecordingHost.h"
 #include "text/Base64.h"
 #include "text/UrlText.h"
 #include "text/Utf8.h"
@@ -80,6 +81,7 @@ CoreCase on(const std::string& text, const char* step, const char* contestant, F
 }  // namespace
 
 std::vector<CoreCase> coreCases(std::size_t size) {
+  RecordingHost::instance().records = false;
   const std::string json = record(size);
   const std::string command = encodeBase64(json);
   const std::string link = "screenpop:" + command;
@@ -117,6 +119,7 @@ std::vector<CoreCase> coreCases(std::size_t size) {
 }
 
 std::vector<CoreCase> logCases() {
+  RecordingHost::instance().records = false;
   const auto program = [](bool plain, bool json) {
     return [plain, json] {
       AppDelegate delegate;

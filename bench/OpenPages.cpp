@@ -1,5 +1,5 @@
 // Opens pages as the program does.
-#include "bench/peers/HandOver.h"
+#include "bench/peers/OpenEachLine.h"
 #include "platform/Platform.h"
 #include "platform/linux/Spawn.h"
 

@@ -60,7 +60,7 @@ void stop(pid_t process) {
   ::waitpid(process, nullptr, 0);
 }
 
-HandOver::HandOver(const std::vector<std::string>& arguments) {
+PageOpener::PageOpener(const std::vector<std::string>& arguments) {
   int pages[2];
   int times[2];
   if (::pipe2(pages, O_CLOEXEC) != 0 || ::pipe2(times, O_CLOEXEC) != 0) fail("no pipe");
@@ -71,13 +71,13 @@ HandOver::HandOver(const std::vector<std::string>& arguments) {
   times_ = times[0];
 }
 
-HandOver::~HandOver() {
+PageOpener::~PageOpener() {
   ::close(pages_);
   ::close(times_);
   ::waitpid(process_, nullptr, 0);
 }
 
-std::int64_t HandOver::open(const std::string& page) const {
+std::int64_t PageOpener::open(const std::string& page) const {
   const std::string line = page + "\n";
   std::int64_t time = 0;
   if (::write(pages_, line.data(), line.size()) < 0 ||

@@ -34,14 +34,14 @@ pid_t start(const std::vector<std::string>& arguments, int input, int output);
 /// Sends SIGTERM and waits for the end.
 void stop(pid_t process);
 
-/// A program of peers/HandOver.h: it opens the page of each line that it reads, and tells when it
-/// began to.
-class HandOver {
+/// A program of peers/OpenEachLine.h: it opens the page of each line that it reads, and tells when
+/// it began to.
+class PageOpener {
  public:
-  explicit HandOver(const std::vector<std::string>& arguments);
-  ~HandOver();
-  HandOver(const HandOver&) = delete;
-  HandOver& operator=(const HandOver&) = delete;
+  explicit PageOpener(const std::vector<std::string>& arguments);
+  ~PageOpener();
+  PageOpener(const PageOpener&) = delete;
+  PageOpener& operator=(const PageOpener&) = delete;
 
   /// Opens a page. The result is the time just before.
   [[nodiscard]] std::int64_t open(const std::string& page) const;

@@ -43,7 +43,7 @@ double startOnNamedDesktop(const Desktop& desktop, const Arguments& arguments) {
 }  // namespace
 
 void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, int rounds) {
-  const auto byProgram = [&desktop](const HandOver& program) {
+  const auto byProgram = [&desktop](const PageOpener& program) {
     return [&] {
       const std::int64_t begin = program.open(kPage);
       return milliseconds(begin, desktop.handlerStart());
@@ -55,9 +55,9 @@ void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, i
   const auto onNamedDesktop = [&desktop](const Arguments& arguments) {
     return [&desktop, arguments] { return startOnNamedDesktop(desktop, arguments); };
   };
-  const HandOver ours({programs.folder + "/bench_open_pages"});
-  const HandOver gio({programs.folder + "/bench_open_pages_gio"});
-  const HandOver spawn(
+  const PageOpener ours({programs.folder + "/bench_open_pages"});
+  const PageOpener gio({programs.folder + "/bench_open_pages_gio"});
+  const PageOpener spawn(
       {programs.folder + "/bench_open_pages_spawn", programs.handler(), desktop.socketPath()});
   const Contestant floor{"posix_spawn", byProgram(spawn)};
   samples.compare("road", "hand-over call to handler", "ms", rounds,

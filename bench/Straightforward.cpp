@@ -69,7 +69,7 @@ bool formsUrl(const std::string& text) {
 }
 
 void logMessage(bool on, const std::string& message) {
-  const std::string line = "Log " + platform::currentDateText("HH:mm:ss") + "> " + message;
+  const std::string line = "Log " + platform::logTime() + "> " + message;
   if (on) platform::printLine(line);
 }
 

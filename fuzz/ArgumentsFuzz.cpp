@@ -1,8 +1,8 @@
 // The switches among the arguments, one a line.
 #include "app/AppDelegate.h"
 #include "fuzz/Fuzz.h"
-#include "fuzz/QuietHost.h"
 #include "fuzz/Reference.h"
+#include "tests/platform/RecordingHost.h"
 
 using namespace Vastel_Connect;
 
@@ -24,8 +24,8 @@ std::string folded(std::string text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   auto text = fuzz::textOf(data, size);
-  QuietHost& host = QuietHost::instance();
-  host = {};
+  RecordingHost& host = RecordingHost::instance();
+  host.reset();
   AppDelegate expected;
   while (!text.empty()) {
     const std::string argument(fuzz::takeField(text));
@@ -52,8 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // The banner, the usage, the change log, the description of links.
   const std::size_t lines = 8 + (expected.FlagHelp ? 6U : 0U) +
                             (expected.FlagChangeLog ? 33U : 0U) + (expected.FlagShowUri ? 1U : 0U);
-  fuzz::expect(host.lines.size() == lines, "the texts that are printed");
+  fuzz::expect(host.eventsOf("print: ").size() == lines, "the texts that are printed");
   const bool prints = expected.FlagHelp || expected.FlagChangeLog || expected.FlagShowUri;
-  fuzz::expect(host.terminations == (prints ? 1 : 0), "the end after a text");
+  fuzz::expect(host.eventsOf("terminate").size() == (prints ? 1 : 0), "the end after a text");
   return 0;
 }

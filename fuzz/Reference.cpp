@@ -139,7 +139,7 @@ Outcome followLink(std::string_view uri) {
   const Json* page = request ? request->member("WebPage") : nullptr;
   if (page == nullptr || page->kind != Json::String) return say("no webpage to open"), outcome;
   say("webpage: " + page->text);
-  if (isUrl(page->text)) outcome.page = urlText(page->text);
+  if (isUrl(page->text) && schemeLength(page->text) > 0) outcome.page = urlText(page->text);
   return outcome;
 }
 

@@ -7,8 +7,8 @@
 #include "app/AppDelegate.h"
 #include "fuzz/Base64Text.h"
 #include "fuzz/Fuzz.h"
-#include "fuzz/QuietHost.h"
 #include "fuzz/Reference.h"
+#include "tests/platform/RecordingHost.h"
 
 using namespace Vastel_Connect;
 
@@ -68,16 +68,15 @@ void tryLink(std::string_view link) {
     if (isChosen(link)) expectStop(link);
     return;
   }
-  QuietHost& host = QuietHost::instance();
-  host.lines.clear();
-  host.pages.clear();
+  RecordingHost& host = RecordingHost::instance();
+  host.reset();
   follow(link);
   expected.messages.insert(expected.messages.begin(),
                            {"new uri event", "process uri: " + std::string(link)});
-  expectLines(expected.messages, host.lines);
+  expectLines(expected.messages, host.eventsOf("print: "));
   std::vector<std::string> pages;
   if (expected.page) pages.push_back(*expected.page);
-  fuzz::expect(host.pages == pages, "the page");
+  fuzz::expect(host.eventsOf("open: ") == pages, "the page");
 }
 
 }  // namespace

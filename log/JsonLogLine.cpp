@@ -2,12 +2,11 @@
 
 #include "json/JsonText.h"
 #include "platform/Platform.h"
-#include "text/Utf8.h"
 
 namespace Vastel_Connect {
 
 std::string makeJsonLogLine(std::string_view message) {
-  const std::string dateTime = platform::currentDateText("yyyy-MM-dd'T'HH:mm:ssZ");
+  const std::string dateTime = platform::jsonLogDate();
   const auto line = writeJsonText({{"datetime", dateTime}, {"event", "Log"}, {"message", message}});
   return line ? *line
               : R"({"datetime":")" + dateTime +

@@ -11,7 +11,7 @@ namespace {
 std::string plainLogLine(std::string_view message) {
   std::string line = platform::isMainThread() ? "" : ">>>SUB THREAD<<< ";
   line += "Log ";
-  line += platform::currentDateText("HH:mm:ss");
+  line += platform::logTime();
   line += "> ";
   line += message;
   return line;

@@ -1,13 +1,8 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace Vastel_Connect {
-class AppDelegate;
-}
 
 /// What the program asks of the desktop. Each host implements these functions once. Towards the
 /// program a host calls the delegate's own operations and nothing else.
@@ -16,11 +11,11 @@ namespace Vastel_Connect::platform {
 /// The arguments that the process was started with, the program's own path first.
 [[nodiscard]] std::vector<std::string> processArguments();
 
-/// From now on each event of this class and ID goes to `handler`'s UriEventHandlerWithEvent.
-void setUriEventHandler(AppDelegate& handler, std::uint32_t eventClass, std::uint32_t eventId);
+/// From now on each URI that arrives goes to the delegate's UriEventHandlerWithEvent.
+void setUriEventHandler();
 
-/// No more events of this class and ID are delivered.
-void removeUriEventHandler(std::uint32_t eventClass, std::uint32_t eventId);
+/// No more URIs are delivered.
+void removeUriEventHandler();
 
 /// Asks the application to end in the normal way: applicationWillTerminate still runs.
 void terminate();
@@ -28,13 +23,16 @@ void terminate();
 /// Whether the caller runs on the thread of the event loop. Any thread.
 [[nodiscard]] bool isMainThread();
 
-/// The current date and time in the user's own time zone, in a pattern of Unicode TR 35: yyyy, MM,
-/// dd, HH, mm, ss, Z (+0100) and 'quoted text'. Any thread.
-[[nodiscard]] std::string currentDateText(std::string_view pattern);
+/// The time now in the user's own time zone, as a line of the log has it: 14:07:09. Any thread.
+[[nodiscard]] std::string logTime();
 
-/// Opens a text that forms a URL with the user's default handler for its scheme, and does not wait
-/// for it. True: something was started, which says nothing about the page. False: no handler could
-/// be started, or the text has no scheme.
+/// The date now in the user's own time zone, as a line of the JSON log has it:
+/// 2018-03-05T14:07:09+0100. Any thread.
+[[nodiscard]] std::string jsonLogDate();
+
+/// Opens a text that forms a URL and has a scheme with the user's default handler for that scheme,
+/// and does not wait for it. True: something was started, which says nothing about the page. False:
+/// no handler could be started.
 bool openUrl(std::string_view url);
 
 /// Writes `line` and a line feed to standard output at once, in one piece. Errors are ignored. Any

@@ -37,7 +37,9 @@ void AppDelegate::processUri(std::string_view uri) const {
   if (!request.WebPage) return logMessage("no webpage to open");
 
   logMessage("webpage: ", *request.WebPage);
-  if (const auto url = urlText(*request.WebPage)) platform::openUrl(*url);
+  const auto url = urlText(*request.WebPage);
+  // Without a scheme nobody can open it: an opener would take a bare word for a file or an option.
+  if (url && !urlScheme(*url).empty()) platform::openUrl(*url);
 }
 
 }  // namespace Vastel_Connect

@@ -1,7 +1,7 @@
 // Opens pages in-process by GIO.
 #include <gio/gio.h>
 
-#include "bench/peers/HandOver.h"
+#include "bench/peers/OpenEachLine.h"
 
 static void openPage(const char* page) {
   g_app_info_launch_default_for_uri(page, NULL, NULL);

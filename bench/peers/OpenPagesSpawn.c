@@ -2,7 +2,7 @@
 #include <signal.h>
 #include <spawn.h>
 
-#include "bench/peers/HandOver.h"
+#include "bench/peers/OpenEachLine.h"
 
 extern char** environ;
 

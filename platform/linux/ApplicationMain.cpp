@@ -10,10 +10,10 @@
 #include <optional>
 
 #include "app/AppDelegate.h"
-#include "platform/linux/BusName.h"
 #include "platform/linux/HandOver.h"
 #include "platform/linux/Host.h"
 #include "platform/linux/LaunchArguments.h"
+#include "platform/linux/SessionBus.h"
 #include "platform/linux/Spawn.h"
 
 namespace Vastel_Connect {
@@ -126,6 +126,7 @@ int waitForLinks() {
 int runApplication(const LaunchArguments& arguments, const ActivationToken& token) {
   makeEventLoop();
   AppDelegate delegate;
+  host().delegate = &delegate;
   delegate.applicationWillFinishLaunching();
   for (const std::string& link : arguments.links) deliverUri(link, token);
   if (arguments.startedByBus && joinBus(NameRequest::Queue)) receiveLaunchLinks();
@@ -142,6 +143,7 @@ int runApplication(const LaunchArguments& arguments, const ActivationToken& toke
   }
   leaveBus();
   delegate.applicationWillTerminate();
+  host().delegate = nullptr;
   return status;
 }
 

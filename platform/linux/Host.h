@@ -23,12 +23,16 @@ inline constexpr const char* kApplicationInterface = "org.freedesktop.Applicatio
 struct Host {
   /// Those that are valid UTF-8, the program's own path first.
   std::vector<std::string> arguments;
-  /// Null before the handler is set and after it is removed.
-  AppDelegate* uriEventHandler = nullptr;
+  /// Null before the application's life and after it.
+  AppDelegate* delegate = nullptr;
+  /// Between setUriEventHandler and removeUriEventHandler.
+  bool deliversUris = false;
   /// The token of the link that is being handled.
   ActivationToken token;
   /// Null without a session bus.
   sd_bus* bus = nullptr;
+  /// Calls that reached the application's object so far.
+  int callsReceived = 0;
   /// Null before the application's event loop is made.
   sd_event* eventLoop = nullptr;
   /// The event loop has ended, or is about to.
@@ -37,7 +41,8 @@ struct Host {
 
 [[nodiscard]] Host& host();
 
-/// Hands one URI to the handler as an event, and lends `token` to the page that it opens.
+/// Gives one URI to the delegate as an event, and lends `token` to the page that it opens. Nothing
+/// happens while no handler is set.
 void deliverUri(std::string_view uri, const ActivationToken& token);
 
 /// They ask a program to end.

@@ -28,9 +28,7 @@ bool startOpener(const std::vector<std::string>& arguments) {
 }  // namespace
 
 bool openUrl(std::string_view url) {
-  // A bare word, a path or an option would be read as such by an opener.
   const std::string scheme = asciiLowerCase(urlScheme(url));
-  if (scheme.empty()) return false;
   if (const auto handler = findDefaultHandler(scheme, url)) {
     return start(handler->application, handler->program, handler->arguments);
   }

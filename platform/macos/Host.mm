@@ -1,10 +1,23 @@
 // The functions of Platform.h over AppKit and Foundation.
 #import <AppKit/AppKit.h>
 
+#include "app/AppDelegate.h"
 #include "platform/Platform.h"
 #import "platform/macos/Text.h"
 
 namespace Vastel_Connect::platform {
+namespace {
+
+std::string dateText(NSString* pattern) {
+  @autoreleasepool {
+    // A new one each time: the zone may have changed, and no thread shares it.
+    NSDateFormatter* formatter = [[NSDateFormatter alloc] init];
+    formatter.dateFormat = pattern;
+    return utf8Text([formatter stringFromDate:[NSDate date]]).value_or("");
+  }
+}
+
+}  // namespace
 
 std::vector<std::string> processArguments() {
   @autoreleasepool {
@@ -16,18 +29,17 @@ std::vector<std::string> processArguments() {
   }
 }
 
-void setUriEventHandler(AppDelegate& /*handler*/, std::uint32_t eventClass, std::uint32_t eventId) {
-  // The delegate that AppKit knows holds the handler, and makes the event its own.
+void setUriEventHandler() {
   [[NSAppleEventManager sharedAppleEventManager]
       setEventHandler:[NSApplication sharedApplication].delegate
           andSelector:@selector(UriEventHandlerWithEvent:withReplyEvent:)
-        forEventClass:eventClass
-           andEventID:eventId];
+        forEventClass:kInternetEventClass
+           andEventID:kAEGetURL];
 }
 
-void removeUriEventHandler(std::uint32_t eventClass, std::uint32_t eventId) {
-  [[NSAppleEventManager sharedAppleEventManager] removeEventHandlerForEventClass:eventClass
-                                                                      andEventID:eventId];
+void removeUriEventHandler() {
+  [[NSAppleEventManager sharedAppleEventManager] removeEventHandlerForEventClass:kInternetEventClass
+                                                                      andEventID:kAEGetURL];
 }
 
 void terminate() {
@@ -39,20 +51,17 @@ bool isMainThread() {
   return [NSThread isMainThread];
 }
 
-std::string currentDateText(std::string_view pattern) {
-  @autoreleasepool {
-    // A new one each time: the zone may have changed, and no thread shares it.
-    NSDateFormatter* formatter = [[NSDateFormatter alloc] init];
-    formatter.dateFormat = foundationText(pattern);
-    return utf8Text([formatter stringFromDate:[NSDate date]]).value_or("");
-  }
+std::string logTime() {
+  return dateText(@"HH:mm:ss");
+}
+
+std::string jsonLogDate() {
+  return dateText(@"yyyy-MM-dd'T'HH:mm:ssZ");
 }
 
 bool openUrl(std::string_view url) {
   @autoreleasepool {
     NSURL* address = [[NSURL alloc] initWithString:foundationText(url)];
-    // Without a scheme nobody can open it, and a later system says so in a dialog of its own.
-    if (address.scheme.length == 0) return false;
     return [[NSWorkspace sharedWorkspace] openURL:address];
   }
 }

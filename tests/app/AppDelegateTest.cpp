@@ -23,8 +23,8 @@ class Delegate : public WithRecordingHost<testing::Test> {
 
 static_assert(!std::is_polymorphic_v<AppDelegate>);
 
-constexpr const char* kSetHandler = "set handler 0x4755524C 0x4755524C";
-constexpr const char* kRemoveHandler = "remove handler 0x4755524C 0x4755524C";
+constexpr const char* kSetHandler = "set handler";
+constexpr const char* kRemoveHandler = "remove handler";
 
 TEST_F(Delegate, StartsWithoutWindowAndFlags) {
   EXPECT_TRUE(delegate.window.expired());
@@ -45,7 +45,6 @@ TEST_F(Delegate, RegistersTheHandlerBeforeItReadsTheCommandLine) {
   host.arguments = {"vastel-connect", "-log"};
   delegate.applicationWillFinishLaunching();
   EXPECT_THAT(host.events(), ElementsAre(kSetHandler));
-  EXPECT_EQ(host.handler, &delegate);
   EXPECT_FALSE(delegate.FlagLog);
 }
 
@@ -63,7 +62,6 @@ TEST_F(Delegate, RemovesTheHandlerAtEveryTermination) {
   delegate.applicationWillTerminate();
   EXPECT_EQ(host.events().front(), kSetHandler);
   EXPECT_EQ(host.events().back(), kRemoveHandler);
-  EXPECT_EQ(host.handler, nullptr);
 }
 
 TEST_F(Delegate, RemovesTheHandlerWhenAPrintingSwitchEndedIt) {

@@ -37,7 +37,7 @@ std::vector<std::vector<std::string>> rowsOf(std::string_view name, Compared com
 }
 
 /// What the check refuses never reaches Foundation, and what is odd in its authority is taken
-/// differently by each release. What is left is handed over exactly as it was.
+/// differently by each release. What is left is passed on exactly as it was.
 TEST(Foundation, KeepsTheTextOfEachOrdinaryUrl) {
   const std::regex ordinary(R"([a-z][a-z0-9+.\-]*://[A-Za-z0-9.\-]+(:[0-9]+)?([/?#][^\[\]]*)?)");
   int compared = 0;

@@ -1,20 +1,8 @@
 #include "tests/platform/RecordingHost.h"
 
-#include <cstdio>
-#include <utility>
-
 #include "platform/Platform.h"
 
 namespace Vastel_Connect {
-namespace {
-
-std::string hexText(std::uint32_t code) {
-  char text[11];
-  std::snprintf(text, sizeof text, "0x%08X", code);
-  return text;
-}
-
-}  // namespace
 
 RecordingHost& RecordingHost::instance() {
   static RecordingHost host;
@@ -25,10 +13,9 @@ void RecordingHost::reset() {
   const std::lock_guard lock(mutex_);
   events_.clear();
   arguments = {"/usr/bin/vastel-connect"};
-  dateTexts = {{"HH:mm:ss", "14:07:09"}, {"yyyy-MM-dd'T'HH:mm:ssZ", "2018-03-05T14:07:09+0100"}};
   opens = true;
+  records = true;
   mainThread = std::this_thread::get_id();
-  handler = nullptr;
 }
 
 std::vector<std::string> RecordingHost::events() const {
@@ -36,9 +23,18 @@ std::vector<std::string> RecordingHost::events() const {
   return events_;
 }
 
-void RecordingHost::record(std::string event) {
+std::vector<std::string> RecordingHost::eventsOf(std::string_view kind) const {
+  std::vector<std::string> values;
+  for (const std::string& event : events()) {
+    if (event.starts_with(kind)) values.push_back(event.substr(kind.size()));
+  }
+  return values;
+}
+
+void RecordingHost::record(std::string_view kind, std::string_view value) {
+  if (!records) return;
   const std::lock_guard lock(mutex_);
-  events_.push_back(std::move(event));
+  events_.push_back(std::string(kind).append(value));
 }
 
 namespace platform {
@@ -47,15 +43,12 @@ std::vector<std::string> processArguments() {
   return RecordingHost::instance().arguments;
 }
 
-void setUriEventHandler(AppDelegate& handler, std::uint32_t eventClass, std::uint32_t eventId) {
-  RecordingHost::instance().handler = &handler;
-  RecordingHost::instance().record("set handler " + hexText(eventClass) + " " + hexText(eventId));
+void setUriEventHandler() {
+  RecordingHost::instance().record("set handler");
 }
 
-void removeUriEventHandler(std::uint32_t eventClass, std::uint32_t eventId) {
-  RecordingHost::instance().handler = nullptr;
-  RecordingHost::instance().record("remove handler " + hexText(eventClass) + " " +
-                                   hexText(eventId));
+void removeUriEventHandler() {
+  RecordingHost::instance().record("remove handler");
 }
 
 void terminate() {
@@ -66,19 +59,21 @@ bool isMainThread() {
   return std::this_thread::get_id() == RecordingHost::instance().mainThread;
 }
 
-std::string currentDateText(std::string_view pattern) {
-  const auto& texts = RecordingHost::instance().dateTexts;
-  const auto found = texts.find(pattern);
-  return found != texts.end() ? found->second : "no date text for " + std::string(pattern);
+std::string logTime() {
+  return "14:07:09";
+}
+
+std::string jsonLogDate() {
+  return "2018-03-05T14:07:09+0100";
 }
 
 bool openUrl(std::string_view url) {
-  RecordingHost::instance().record("open: " + std::string(url));
+  RecordingHost::instance().record("open: ", url);
   return RecordingHost::instance().opens;
 }
 
 void printLine(std::string_view line) {
-  RecordingHost::instance().record("print: " + std::string(line));
+  RecordingHost::instance().record("print: ", line);
 }
 
 }  // namespace platform

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <map>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -11,7 +11,7 @@
 namespace Vastel_Connect {
 
 /// A host that talks to no desktop. It keeps one list of all that the program asks of it, in order,
-/// and answers as it was told to.
+/// and answers as it was told to. Its clock stands still.
 class RecordingHost {
  public:
   static RecordingHost& instance();
@@ -19,18 +19,19 @@ class RecordingHost {
   /// Forgets everything. The caller's thread becomes the main thread.
   void reset();
 
-  /// "print: <line>", "open: <url>", "terminate", "set handler <class> <id>" and "remove handler
-  /// <class> <id>", in the order of the calls.
+  /// "print: <line>", "open: <url>", "terminate", "set handler" and "remove handler", in the order
+  /// of the calls.
   [[nodiscard]] std::vector<std::string> events() const;
-  void record(std::string event);
+  /// What follows `kind` in each event that begins with it.
+  [[nodiscard]] std::vector<std::string> eventsOf(std::string_view kind) const;
+  void record(std::string_view kind, std::string_view value = {});
 
   std::vector<std::string> arguments = {"/usr/bin/vastel-connect"};
-  /// The current date in the patterns that the program uses.
-  std::map<std::string, std::string, std::less<>> dateTexts;
   /// What openUrl answers.
   bool opens = true;
-  std::thread::id mainThread;
-  AppDelegate* handler = nullptr;
+  /// Whether the list is kept: it would count in a measurement.
+  bool records = true;
+  std::thread::id mainThread = std::this_thread::get_id();
 
  private:
   mutable std::mutex mutex_;

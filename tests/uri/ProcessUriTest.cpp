@@ -21,6 +21,8 @@ constexpr const char* kOpenWebPageWithoutPage = "eyJTY3JpcHRUeXBlIjoiT3BlbldlYlB
 constexpr const char* kNumberForPage = "eyJXZWJQYWdlIjo1fQ==";
 constexpr const char* kObjectForPage = "eyJXZWJQYWdlIjp7fX0=";
 constexpr const char* kEmptyPage = "eyJXZWJQYWdlIjoiIn0=";
+constexpr const char* kPathForPage = "eyJXZWJQYWdlIjoiL2V0Yy9wYXNzd2QifQ==";
+constexpr const char* kOptionForPage = "eyJXZWJQYWdlIjoiLS1oZWxwIn0=";
 constexpr const char* kPageWithBlank = "eyJXZWJQYWdlIjoiaHR0cDovL2gvYSBiIn0=";
 constexpr const char* kPageWithNul = "eyJXZWJQYWdlIjoiaHR0cDovL2gvXHUwMDAwIn0=";
 
@@ -111,11 +113,16 @@ TEST_F(ProcessUriLogging, CannotDecodeABadCommand) {
   }
 }
 
-TEST_F(ProcessUriLogging, GoesOnWithAnEmptyPage) {
-  const std::string uri = std::string("screenpop:") + kEmptyPage;
-  // The empty text forms a URL; that it has no scheme is the host's business.
-  EXPECT_THAT(process(uri),
-              ElementsAre("process uri: " + uri, "process screenpop", "webpage: ", "open: "));
+TEST_F(ProcessUriLogging, LogsAPageWithoutASchemeAndOpensNothing) {
+  const struct {
+    const char* command;
+    std::string page;
+  } rows[] = {{kEmptyPage, ""}, {kPathForPage, "/etc/passwd"}, {kOptionForPage, "--help"}};
+  for (const auto& [command, page] : rows) {
+    const std::string uri = std::string("screenpop:") + command;
+    EXPECT_THAT(process(uri),
+                ElementsAre("process uri: " + uri, "process screenpop", "webpage: " + page));
+  }
 }
 
 TEST_F(ProcessUriLogging, OpensTheTextOfTheUrl) {

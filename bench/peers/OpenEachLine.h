@@ -1,7 +1,7 @@
 /* What the programs that open pages have in common: each line of standard input is a page. The time
  * just before it is opened (CLOCK_MONOTONIC, nanoseconds) is written to standard output. */
-#ifndef BENCH_PEERS_HAND_OVER_H
-#define BENCH_PEERS_HAND_OVER_H
+#ifndef BENCH_PEERS_OPEN_EACH_LINE_H
+#define BENCH_PEERS_OPEN_EACH_LINE_H
 
 #include <stdint.h>
 #include <stdio.h>

@@ -1,5 +1,5 @@
 // The application on the session bus: its connection, its object, and its name.
-#include "platform/linux/BusName.h"
+#include "platform/linux/SessionBus.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -12,64 +12,77 @@ namespace {
 
 constexpr std::uint64_t kLaunchLinkWaitMicroseconds = 1'000'000;
 
-/// Calls that reached the application's object so far.
-int callsReceived = 0;
-
 /// Answers a call before it is carried out: a link that stops the program is no error for whoever
 /// followed it, and is never sent a second time.
 int replyAtOnce(sd_bus_message* call) {
-  ++callsReceived;
-  const int result = sd_bus_reply_method_return(call, nullptr);
-  if (result < 0) return result;
+  ++host().callsReceived;
+  const int ret = sd_bus_reply_method_return(call, nullptr);
+  if (ret < 0) return ret;
   return sd_bus_flush(sd_bus_message_get_bus(call));
 }
 
-/// Reads the two known texts of a vardict, and skips all others. The result is negative when the
-/// message ends too soon.
+/// Reads one entry of a vardict. Both known ones are texts; all others are skipped.
+int readPlatformDatum(sd_bus_message* call, ActivationToken& token) {
+  const char* key = nullptr;
+  int ret = sd_bus_message_read(call, "s", &key);
+  if (ret < 0) return ret;
+  auto* text = std::strcmp(key, "activation-token") == 0     ? &token.activationToken
+               : std::strcmp(key, "desktop-startup-id") == 0 ? &token.startupId
+                                                             : nullptr;
+  const char* contents = nullptr;
+  ret = sd_bus_message_peek_type(call, nullptr, &contents);
+  if (ret < 0) return ret;
+  if (text == nullptr || std::strcmp(contents, "s") != 0) return sd_bus_message_skip(call, "v");
+  const char* value = nullptr;
+  ret = sd_bus_message_read(call, "v", "s", &value);
+  if (ret >= 0) *text = tokenText(value);
+  return ret;
+}
+
+/// Reads a vardict. The result is negative when the message ends too soon.
 int readPlatformData(sd_bus_message* call, ActivationToken& token) {
-  int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "{sv}");
-  if (result < 0) return result;
-  while ((result = sd_bus_message_enter_container(call, SD_BUS_TYPE_DICT_ENTRY, "sv")) > 0) {
-    const char* key = nullptr;
-    if ((result = sd_bus_message_read(call, "s", &key)) < 0) return result;
-    auto* text = std::strcmp(key, "activation-token") == 0     ? &token.activationToken
-                 : std::strcmp(key, "desktop-startup-id") == 0 ? &token.startupId
-                                                               : nullptr;
-    const char* contents = nullptr;
-    if ((result = sd_bus_message_peek_type(call, nullptr, &contents)) < 0) return result;
-    if (text != nullptr && std::strcmp(contents, "s") == 0) {
-      const char* value = nullptr;
-      if ((result = sd_bus_message_read(call, "v", "s", &value)) < 0) return result;
-      *text = tokenText(value);
-    } else if ((result = sd_bus_message_skip(call, "v")) < 0) {
-      return result;
-    }
-    if ((result = sd_bus_message_exit_container(call)) < 0) return result;
+  int ret = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "{sv}");
+  if (ret < 0) return ret;
+  while (true) {
+    ret = sd_bus_message_enter_container(call, SD_BUS_TYPE_DICT_ENTRY, "sv");
+    if (ret <= 0) return ret;
+    ret = readPlatformDatum(call, token);
+    if (ret < 0) return ret;
+    ret = sd_bus_message_exit_container(call);
+    if (ret < 0) return ret;
   }
-  return result;
+}
+
+int readTexts(sd_bus_message* call, std::vector<std::string>& texts) {
+  int ret = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "s");
+  if (ret < 0) return ret;
+  while (true) {
+    const char* text = nullptr;
+    ret = sd_bus_message_read(call, "s", &text);
+    if (ret < 0) return ret;
+    if (ret == 0) return sd_bus_message_exit_container(call);
+    texts.emplace_back(text);
+  }
 }
 
 /// Open(as uris, a{sv} platform_data), and Open(as uris) as some openers send it.
 int onOpen(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
   std::vector<std::string> uris;
-  int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "s");
-  if (result < 0) return result;
-  const char* uri = nullptr;
-  while ((result = sd_bus_message_read(call, "s", &uri)) > 0) uris.emplace_back(uri);
-  if (result < 0 || (result = sd_bus_message_exit_container(call)) < 0) return result;
+  int ret = readTexts(call, uris);
+  if (ret < 0) return ret;
   ActivationToken token;
-  if (sd_bus_message_at_end(call, true) == 0) {
-    if ((result = readPlatformData(call, token)) < 0) return result;
-  }
-  if ((result = replyAtOnce(call)) < 0) return result;
-  for (const std::string& each : uris) deliverUri(each, token);
+  if (sd_bus_message_at_end(call, true) == 0) ret = readPlatformData(call, token);
+  if (ret < 0) return ret;
+  ret = replyAtOnce(call);
+  if (ret < 0) return ret;
+  for (const std::string& uri : uris) deliverUri(uri, token);
   return 1;
 }
 
 /// The application has no window to raise and no action: it is running, which is all they ask for.
 int onActivate(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
-  const int result = replyAtOnce(call);
-  return result < 0 ? result : 1;
+  const int ret = replyAtOnce(call);
+  return ret < 0 ? ret : 1;
 }
 
 /// Takes the form of Open that the table below cannot hold beside the other.
@@ -116,13 +129,13 @@ bool connectSessionBus() {
 }
 
 std::optional<bool> requestBusName(NameRequest request) {
-  const int result = sd_bus_request_name(host().bus, kBusName, requestFlags(request));
-  if (result < 0 && result != -EEXIST) return std::nullopt;
-  if (result > 0 && request == NameRequest::IfFree) {
+  const int ret = sd_bus_request_name(host().bus, kBusName, requestFlags(request));
+  if (ret < 0 && ret != -EEXIST) return std::nullopt;
+  if (ret > 0 && request == NameRequest::IfFree) {
     // Ours now. Asked for once more so that whoever takes it over leaves us in line for it.
     sd_bus_request_name(host().bus, kBusName, requestFlags(NameRequest::Queue));
   }
-  return result > 0;
+  return ret > 0;
 }
 
 void receiveLaunchLinks() {
@@ -134,7 +147,7 @@ void receiveLaunchLinks() {
       return;
     }
     if (processed > 0) continue;
-    if (callsReceived > 0) return;
+    if (host().callsReceived > 0) return;
     if (sd_bus_wait(host().bus, kLaunchLinkWaitMicroseconds) <= 0) return;
   }
 }

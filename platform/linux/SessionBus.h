@@ -18,8 +18,8 @@ enum class NameRequest {
 /// in the host's state. False when there is no session bus.
 [[nodiscard]] bool connectSessionBus();
 
-/// Whether the name is this process's now. It may also become so later, but for IfFree. Absent when
-/// the bus does not answer.
+/// Asks for the name. True: it is ours now. False: another process keeps it; with TakeOver and
+/// Queue we are in line for it. Absent: the bus does not answer.
 [[nodiscard]] std::optional<bool> requestBusName(NameRequest request);
 
 /// Delivers the links for which the bus has just started this process, and waits for the first one
