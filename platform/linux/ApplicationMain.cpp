@@ -56,7 +56,9 @@ void makeEventLoop() {
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
     if (sd_event_add_signal(host().eventLoop, nullptr, number, nullptr, nullptr) < 0) {
       ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);  // It ends the process on the spot then.
+      continue;
     }
+    sigaddset(&host().endingSignals, number);
   }
 }
 
@@ -152,6 +154,7 @@ int runApplication(const LaunchArguments& arguments, const ActivationToken& toke
 int applicationMain(int argc, char** argv) {
   openMissingStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);
   letKernelReapChildren();
   const LaunchArguments arguments = readLaunchArguments(argc, argv);
   host().arguments = arguments.all;

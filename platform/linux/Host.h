@@ -35,6 +35,8 @@ struct Host {
   int callsReceived = 0;
   /// Null before the application's event loop is made.
   sd_event* eventLoop = nullptr;
+  /// The signals that end the event loop. They are blocked, but while a line is written.
+  sigset_t endingSignals{};
   /// The event loop has ended, or is about to.
   std::atomic<bool> terminating = false;
 };

@@ -1,12 +1,8 @@
 // Standard output. Whoever reads it may be stuck, which must not keep the program from ending.
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/signalfd.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -18,71 +14,81 @@
 namespace Vastel_Connect::platform {
 namespace {
 
-/// A reader that takes nothing for so long after a signal to end is stuck.
-constexpr int kLastWaitMilliseconds = 200;
+/// A reader that does not take the rest of a line so soon after a signal to end is stuck.
+constexpr unsigned kLastWaitSeconds = 1;
 
-void waitForReaderOrSignal(pollfd& reader) {
-  // Held back for the event loop, which is not here to notice.
-  sigset_t set;
-  sigemptyset(&set);
-  for (const int number : kEndingSignals) sigaddset(&set, number);
-  const int signals = ::signalfd(-1, &set, SFD_CLOEXEC);
-  std::array<pollfd, 2> events{reader, {.fd = signals, .events = POLLIN, .revents = 0}};
-  while (::poll(events.data(), events.size(), -1) < 0 && errno == EINTR) {
-  }
-  ::close(signals);
-  reader = events.front();
+volatile std::sig_atomic_t endingSignal = 0;
+int nullDevice = -1;
+
+void onEndingSignal(int number) {
+  endingSignal = number;
+  ::alarm(kLastWaitSeconds);
 }
 
-/// Standard output in a form that does not block. Whether a descriptor blocks is shared with all
-/// who have it, so a pipe or a terminal is opened once more, and a socket is asked each time.
-class Output {
- public:
-  Output() {
-    struct stat status {};
-    ::fstat(STDOUT_FILENO, &status);
-    isSocket_ = S_ISSOCK(status.st_mode);
-    // A file never blocks, and has its place in it from whoever opened it.
-    if (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)) {
-      const int own = ::open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-      if (own >= 0) descriptor_ = own;
+/// Breaks off what is being written, or about to be. Nothing follows it.
+void onAlarm(int /*number*/) {
+  ::dup2(nullDevice, STDOUT_FILENO);
+}
+
+void handle(int number, void (*handler)(int), int flags) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  ::sigaction(number, &action, nullptr);
+}
+
+void prepare() {
+  nullDevice = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  for (const int number : kEndingSignals) {
+    if (::sigismember(&host().endingSignals, number) == 1) {
+      handle(number, onEndingSignal, SA_RESTART);
     }
   }
+  handle(SIGALRM, onAlarm, 0);
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  ::pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
+}
 
-  [[nodiscard]] ssize_t write(std::string_view text) const {
-    if (isSocket_) return ::send(descriptor_, text.data(), text.size(), MSG_DONTWAIT);
-    return ::write(descriptor_, text.data(), text.size());
+/// While it lives, a signal to end is not left to the event loop, which is not here to notice. How
+/// a descriptor blocks is shared with all who have it, and so is not for us to change: a write that
+/// waits for its reader is ended by a signal handler.
+class InterruptibleWriting {
+ public:
+  InterruptibleWriting() {
+    if (host().terminating) ::alarm(kLastWaitSeconds);
+    ::pthread_sigmask(SIG_UNBLOCK, &host().endingSignals, nullptr);
   }
-
-  /// Waits until more can be written. False: the program is to end, and the reader takes nothing.
-  /// Nothing is written from then on, as it would follow a line that may have broken off.
-  [[nodiscard]] bool waitForReader() {
-    pollfd reader{.fd = descriptor_, .events = POLLOUT, .revents = 0};
-    if (!host().terminating) waitForReaderOrSignal(reader);
-    if (reader.revents == 0) ::poll(&reader, 1, kLastWaitMilliseconds);
-    if (reader.revents == 0) descriptor_ = -1;
-    return reader.revents != 0;
+  ~InterruptibleWriting() {
+    ::pthread_sigmask(SIG_BLOCK, &host().endingSignals, nullptr);
+    if (host().terminating || endingSignal != 0) ::alarm(0);
+    if (endingSignal == 0) return;
+    ::kill(::getpid(), endingSignal);  // Now for the event loop.
+    endingSignal = 0;
   }
-
- private:
-  std::atomic<int> descriptor_ = STDOUT_FILENO;
-  bool isSocket_ = false;
+  InterruptibleWriting(const InterruptibleWriting&) = delete;
+  InterruptibleWriting& operator=(const InterruptibleWriting&) = delete;
 };
 
 }  // namespace
 
 void printLine(std::string_view line) {
-  static Output output;
-  const std::string text = std::string(line).append("\n");
+  [[maybe_unused]] static const bool prepared = (prepare(), true);
+  static std::atomic<bool> isBrokenOff = false;
+  const std::string text = std::string(isBrokenOff ? "\n" : "").append(line).append("\n");
+  const InterruptibleWriting writing;
   // One write, but for a reader that takes less at a time.
   for (std::string_view rest = text; !rest.empty();) {
-    const ssize_t written = output.write(rest);
+    const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
     if (written >= 0) {
       rest.remove_prefix(static_cast<std::size_t>(written));
+      isBrokenOff = !rest.empty();
     } else if (errno == EAGAIN) {
-      if (!output.waitForReader()) return;
+      pollfd reader{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+      ::poll(&reader, 1, -1);
     } else if (errno != EINTR) {
-      return;
+      return;  // Such as a full disk, which may have room for the next line.
     }
   }
 }

@@ -3,7 +3,6 @@
 import contextlib
 import os
 import re
-import shutil
 import signal
 import unittest
 
@@ -18,12 +17,7 @@ class FaultsTest(RoadTestCase):
         # The limit is not for root.
         self.addCleanup(os.umask, os.umask(0o022))
         desktop = Desktop(self)
-        for path in ("", "/config", "/data", "/pages"):
-            os.chmod(desktop.folder + path, 0o777)
-        program = shutil.copy(PROGRAM, desktop.folder)
-        os.chmod(program, 0o755)
-        user = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
-        user = user if os.geteuid() == 0 else []
+        user, program = desktop.other_user()
         listener = desktop.spawn(*user, program, "-log")
         listener.banner()
         desktop.wait_for_owner(listener.pid)

@@ -7,6 +7,7 @@ import itertools
 import json
 import os
 import re
+import resource
 import select
 import signal
 import socket
@@ -238,9 +239,9 @@ class TerminalTest(unittest.TestCase):
         self.expect_every_byte_for_a_slow_reader(blocking=False)
 
     def expect_end_for_a_stuck_reader(self, desktop, output, number=signal.SIGTERM,
-                                      stop=lambda: None):
+                                      stop=lambda: None, command=(PROGRAM,)):
         """Follows links until `output`, which `stop` stops, takes no more; then asks for the end."""
-        process = desktop.start("-log", streams={"stdout": output})
+        process = desktop.spawn(*command, "-log", streams={"stdout": output})
         desktop.wait_for_owner(process.pid)
         stop()
         answers = []
@@ -291,6 +292,37 @@ class TerminalTest(unittest.TestCase):
         self.addCleanup(ours.close)
         self.addCleanup(theirs.close)
         self.expect_end_for_a_stuck_reader(Desktop(self), theirs)
+
+    def test_a_signal_ends_a_program_that_may_not_open_its_output_once_more(self):
+        self.addCleanup(os.umask, os.umask(0o022))
+        desktop = Desktop(self)
+        user, program = desktop.other_user()
+        ours, terminal = self.add_pair(os.openpty())
+        for output, stop in ((self.add_pair(os.pipe())[1], lambda: None),
+                             (terminal, lambda: termios.tcflow(terminal, termios.TCOOFF))):
+            with self.subTest(output=output):
+                os.fchmod(output, 0)
+                self.expect_end_for_a_stuck_reader(desktop, output, stop=stop,
+                                                   command=[*user, program])
+
+    def test_lines_stay_whole_behind_one_that_found_no_room(self):
+        desktop = Desktop(self)
+        path = desktop.folder + "/log"
+        with open(path, "wb") as log:
+            process = desktop.listen("-log", streams={"stdout": log})
+        full = os.path.getsize(path) + 10
+        resource.prlimit(process.pid, resource.RLIMIT_FSIZE, (full, resource.RLIM_INFINITY))
+        desktop.open(LINK)
+        # The answer comes once the link before is done with.
+        desktop.open()
+        resource.prlimit(process.pid, resource.RLIMIT_FSIZE, [resource.RLIM_INFINITY] * 2)
+        desktop.open(LINK)
+        process.end()
+        self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
+        with open(path, encoding="utf-8") as log:
+            broken, *lines = log.read().removeprefix(golden("banner")).splitlines()
+        self.assertRegex(broken, r"\ALog [0-9:]{6}\Z")
+        self.assertEqual([log_message(line) for line in lines], MESSAGES)
 
     # Writing.
 
