@@ -1,7 +1,11 @@
 // What a process does that was started with links: it gives them to the one that is running.
 #include "platform/linux/HandOver.h"
 
+#include <cerrno>
+#include <cstdint>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "platform/linux/Host.h"
 
@@ -11,6 +15,16 @@ namespace {
 /// An application that ends just as we call it is replaced by the next call; one that does so every
 /// time is broken. Far more than links are followed at once, each of which may end one.
 constexpr int kAttempts = 100;
+
+/// After so long, whoever follows a link is told why nothing happens.
+constexpr std::uint64_t kPatienceMicroseconds = 3'000'000;
+
+/// What came back from the application, or from the bus in its place.
+struct Answer {
+  /// Empty when the links were taken.
+  std::string errorName;
+  std::string errorMessage;
+};
 
 void appendText(sd_bus_message* call, const char* key, const std::optional<std::string>& text) {
   if (text) sd_bus_message_append(call, "{sv}", key, "s", text->c_str());
@@ -35,10 +49,38 @@ sd_bus_message* makeOpenCall(const std::vector<std::string>& links, const Activa
   return call;
 }
 
+int onAnswer(sd_bus_message* message, void* userdata, sd_bus_error* /*error*/) {
+  Answer answer;
+  if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
+    answer.errorName = error->name;
+    if (error->message != nullptr) answer.errorMessage = error->message;
+  }
+  *static_cast<std::optional<Answer>*>(userdata) = std::move(answer);
+  return 1;
+}
+
+/// Waits for as long as it takes. An application that is busy has the call in its queue, and
+/// carries it out when it goes on: whoever gave up would report a link as refused that is opened
+/// later. Absent when the connection fails.
+std::optional<Answer> waitForAnswer(const std::optional<Answer>& answer) {
+  std::uint64_t patience = kPatienceMicroseconds;
+  while (!answer) {
+    int result = sd_bus_process(host().bus, nullptr);
+    if (result == 0) {
+      result = sd_bus_wait(host().bus, patience);
+      if (result == 0) {
+        complain("the application is busy: the link waits until it goes on");
+        patience = UINT64_MAX;
+      }
+    }
+    if (result < 0 && result != -EINTR) return std::nullopt;
+  }
+  return answer;
+}
+
 /// Whether an error says that no process could be called. The bus has many names for the reason
 /// why it could not start one.
-bool saysNobodyThere(const sd_bus_error& error) {
-  const std::string_view name = error.name != nullptr ? error.name : "";
+bool saysNobodyThere(std::string_view name) {
   return name == SD_BUS_ERROR_SERVICE_UNKNOWN || name == SD_BUS_ERROR_NAME_HAS_NO_OWNER ||
          name == "org.freedesktop.DBus.Error.TimedOut" ||
          name.starts_with("org.freedesktop.DBus.Error.Spawn.") ||
@@ -54,20 +96,21 @@ HandOver handOverLinks(const std::vector<std::string>& links, const ActivationTo
       complain("the link was refused: the bus does not carry it");
       return HandOver::Refused;
     }
-    sd_bus_error error{};
-    const int result = sd_bus_call(host().bus, call, 0, &error, nullptr);
+    std::optional<Answer> kept;
+    sd_bus_call_async(host().bus, nullptr, call, onAnswer, &kept, UINT64_MAX);
     sd_bus_message_unref(call);
-    if (result >= 0) return HandOver::Done;
-
+    // What did not leave this process whole was not read by anybody.
+    if (sd_bus_flush(host().bus) < 0) return HandOver::NoBus;
+    const auto answer = waitForAnswer(kept);
+    if (!answer || sd_bus_is_open(host().bus) <= 0) {
+      complain("the session bus is gone: the link may have been opened, or not");
+      return HandOver::Refused;
+    }
+    if (answer->errorName.empty()) return HandOver::Done;
+    if (saysNobodyThere(answer->errorName)) return HandOver::NobodyThere;
     // An application answers before it acts, so one that ended without an answer has not acted.
-    const bool endedUnread = sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY) > 0;
-    const bool nobodyThere = saysNobodyThere(error);
-    const std::string reason = error.message != nullptr ? error.message : "";
-    sd_bus_error_free(&error);
-    if (sd_bus_is_open(host().bus) <= 0) return HandOver::NoBus;
-    if (nobodyThere) return HandOver::NobodyThere;
-    if (!endedUnread) {
-      complain("the link was refused: " + reason);
+    if (answer->errorName != SD_BUS_ERROR_NO_REPLY) {
+      complain("the link was refused: " + answer->errorMessage);
       return HandOver::Refused;
     }
   }

@@ -14,12 +14,14 @@ enum class HandOver {
   NobodyThere,
   /// The bus itself cannot be talked to.
   NoBus,
-  /// Somebody has the application's name and does not take links.
+  /// Somebody has the application's name and does not take links, or the bus went away before an
+  /// answer came. Said on standard error.
   Refused,
 };
 
 /// Hands `links` to the application over the bus, which starts it where need be. Waits for the
-/// answer that they arrived.
+/// answer that they arrived, however long the application is busy, and says so on standard error
+/// when it takes seconds.
 [[nodiscard]] HandOver handOverLinks(const std::vector<std::string>& links,
                                      const ActivationToken& token);
 

@@ -7,7 +7,9 @@ import signal
 import unittest
 
 from desktop import PROGRAM, Desktop, children, wait_for_end
-from road import LINK, PAGE, RoadTestCase, descriptors, page_messages, pages
+from road import LINK, PAGE, RoadTestCase, bulky_link, descriptors, page_messages, pages
+
+BUSY = "vastel-connect: the application is busy: the link waits until it goes on"
 
 
 class FaultsTest(RoadTestCase):
@@ -79,6 +81,61 @@ class FaultsTest(RoadTestCase):
                 self.expect_log_only(desktop, listener)
                 desktop.install_handler()
                 self.expect_recovery(desktop, listener, before)
+
+    # The reader of the log.
+
+    def listen_and_stick(self, desktop):
+        """Starts a program, and follows a link whose log lines its reader does not take."""
+        listener = desktop.listen("-log")
+        link = bulky_link(100_000)
+        desktop.open(link)
+        return listener, page_messages(link)
+
+    def follow_busy(self, desktop, link):
+        """Follows a link, for which the library has a moment only, and waits until it is busy."""
+        follower = desktop.start(link, SYSTEMD_BUS_TIMEOUT="100ms")
+        self.assertEqual(follower.errors.next(), BUSY)
+        return follower
+
+    def test_a_link_waits_for_a_program_whose_log_reader_is_stuck(self):
+        desktop = Desktop(self)
+        listener, messages = self.listen_and_stick(desktop)
+        follower = self.follow_busy(desktop, LINK)
+        self.assertEqual(listener.messages(8), messages + page_messages(LINK))
+        self.expect_silence(follower.finish())
+        self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
+
+    def test_a_link_that_waits_for_a_program_which_is_killed_goes_to_the_next(self):
+        desktop = Desktop(self)
+        listener, _ = self.listen_and_stick(desktop)
+        follower = self.follow_busy(desktop, LINK)
+        listener.send(signal.SIGKILL)
+        self.expect_silence(follower.finish())
+        self.assertEqual(desktop.opened(), PAGE)
+
+    def test_a_link_whose_sender_is_ended_while_it_waits_is_opened_once(self):
+        desktop = Desktop(self)
+        listener, messages = self.listen_and_stick(desktop)
+        follower = self.follow_busy(desktop, LINK)
+        result = follower.end()
+        self.assertEqual((result.errors, result.status), ("", -signal.SIGTERM))
+        self.assertEqual(listener.messages(8), messages + page_messages(LINK))
+        self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
+
+    def test_a_link_that_waits_when_the_bus_ends_is_opened_once_at_most(self):
+        desktop = Desktop(self)
+        listener, messages = self.listen_and_stick(desktop)
+        follower = self.follow_busy(desktop, LINK)
+        desktop.kill_bus()
+        result = follower.finish()
+        self.assertEqual((result.errors, result.status), (
+            "vastel-connect: the session bus is gone: the link may have been opened, or not\n", 1))
+        self.assertEqual(listener.messages(4), messages)
+        log = listener.finish()
+        # Whether the program still reads it is for the bus' library, but nobody else opens it.
+        count = 1 + log.output.count("> webpage: ")
+        self.assertEqual(desktop.opened_all(count), [PAGE] * count)
+        self.assertEqual(log.status, 1)
 
     # The bus.
 
