@@ -1,5 +1,21 @@
-# Which host is built: Linux', macOS' with Apple's frameworks, or the same one with GNUstep's, which
-# judges it where no Mac is at hand.
+# CONNECT_HOST: which host is built, and with which libraries. "gnustep" is the host for macOS with
+# GNUstep's frameworks instead of Apple's, which judges it where no Mac is at hand.
+
+if(APPLE)
+  set(own_host macos)
+elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  set(own_host linux)
+endif()
+set(CONNECT_HOST "${own_host}" CACHE STRING "The host that is built: linux, macos or gnustep")
+# The folder of each host, in platform/ and in tests/.
+set(folder_of_linux linux)
+set(folder_of_macos macos)
+set(folder_of_gnustep macos)
+set(CONNECT_HOST_FOLDER "${folder_of_${CONNECT_HOST}}")
+if(NOT CONNECT_HOST_FOLDER)
+  message(FATAL_ERROR "CONNECT_HOST is \"${CONNECT_HOST}\", which is none of linux, macos and gnustep. "
+    "For ${CMAKE_SYSTEM_NAME}, see \"A new host\" in docs/internals.md.")
+endif()
 
 find_package(utf8cpp REQUIRED)
 if(NOT TARGET utf8cpp::utf8cpp)
@@ -7,20 +23,4 @@ if(NOT TARGET utf8cpp::utf8cpp)
   add_library(utf8cpp::utf8cpp ALIAS utf8cpp)
 endif()
 
-option(CONNECT_GNUSTEP "Build the macOS host against GNUstep" OFF)
-
-set(CONNECT_MACOS_HOST OFF)
-if(APPLE OR CONNECT_GNUSTEP)
-  set(CONNECT_MACOS_HOST ON)
-  if(CONNECT_GNUSTEP)
-    set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER})
-  endif()
-  enable_language(OBJCXX)
-  set(CMAKE_OBJCXX_STANDARD 20)
-  set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
-  set(CMAKE_OBJCXX_EXTENSIONS OFF)
-  include(platform/macos/Libraries.cmake)
-else()
-  set(Boost_USE_STATIC_LIBS ON)
-  find_package(Boost 1.81 CONFIG REQUIRED COMPONENTS json)
-endif()
+include(platform/${CONNECT_HOST_FOLDER}/Libraries.cmake)

@@ -1,6 +1,14 @@
 # The libraries that all folders use, from their headers alone: what a package manager compiled is
 # for one architecture and for the newest system.
 
+if(CONNECT_HOST STREQUAL "gnustep")
+  set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER})
+endif()
+enable_language(OBJCXX)
+set(CMAKE_OBJCXX_STANDARD 20)
+set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
+set(CMAKE_OBJCXX_EXTENSIONS OFF)
+
 find_package(Boost 1.81 CONFIG REQUIRED)
 add_library(connect_boost_json STATIC ${CMAKE_CURRENT_LIST_DIR}/BoostJson.cpp)
 target_link_libraries(connect_boost_json PUBLIC Boost::headers)
@@ -13,7 +21,7 @@ add_library(connect_appkit INTERFACE)
 # A method has to name the parameters that it does not use.
 target_compile_options(connect_appkit INTERFACE
   $<$<COMPILE_LANGUAGE:OBJCXX>:-Wno-unused-parameter>)
-if(CONNECT_GNUSTEP)
+if(CONNECT_HOST STREQUAL "gnustep")
   include(${CMAKE_CURRENT_LIST_DIR}/gnustep/GNUstep.cmake)
 else()
   target_compile_options(connect_appkit INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)

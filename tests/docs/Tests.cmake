@@ -2,7 +2,7 @@
 
 function(connect_document_tests file)
   connect_program_tests(docs/${file} LABEL docs ONE_ZONE FIXTURES ${ARGN} ENVIRONMENT
-    CONNECT_PACKAGES=${packages} PYTHONPATH=${CMAKE_CURRENT_SOURCE_DIR}/road)
+    CONNECT_PACKAGES=${packages})
 endfunction()
 
 connect_document_tests(test_deploy.py)

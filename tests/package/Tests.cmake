@@ -19,7 +19,7 @@ connect_package_tests(test_files.py)
 # A small system of the host's release with a session bus, as every desktop has it.
 file(STRINGS /etc/os-release codename REGEX "^VERSION_CODENAME=")
 string(REGEX REPLACE ".*=" "" codename "${codename}")
-add_test(NAME Tree.IsMade COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/package/make-tree
+add_test(NAME Tree.IsMade COMMAND ${PROJECT_SOURCE_DIR}/tests/package/make-tree
   "${codename}" ${tree} dbus-user-session libglib2.0-bin)
 set_tests_properties(Tree.IsMade PROPERTIES FIXTURES_SETUP tree LABELS package TIMEOUT 600
   SKIP_RETURN_CODE 77)
