@@ -3,6 +3,7 @@
 import unittest
 
 from session import Session
+from stalls import Stalls
 
 
 class ModelTest(unittest.TestCase):
@@ -18,6 +19,10 @@ class ModelTest(unittest.TestCase):
 
     def test_a_third_random_session_accounts_for_each_link(self):
         self.run_session(3)
+
+    def test_what_links_are_told_while_readers_of_the_log_stall_is_true(self):
+        told = Stalls(self, seed=1).run(20)
+        self.assertEqual(len(told), 3)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,117 @@
+"""Readers of the log that stall and come back while links are followed. What was told of a link is
+compared with how often its page is opened. As a program: stalls.py STALLS"""
+
+import collections
+import random
+import secrets
+import signal
+import sys
+import unittest
+
+from desktop import SERVICE, Desktop, page_link
+from session import Pages
+
+TAKEN, REFUSED, UNKNOWN = "taken, and opened once", "refused, and not opened", "sender ended"
+
+
+class Stalls:
+    def __init__(self, test, seed):
+        self._test = test
+        self._random = random.Random(seed)
+        self._desktop = Desktop(test, service=SERVICE + " -log")
+        self._pages = Pages(test, self._desktop)
+        self._told = {}
+        self._opened = collections.Counter()
+
+    def run(self, count):
+        """Lets the log's reader stall so many times. The result is what links were told."""
+        for _ in range(count):
+            self._stall()
+        for page, number in (self._opened + collections.Counter(self._pages.now())).items():
+            limit = 0 if self._told.get(page) == REFUSED else 1
+            self._test.assertLessEqual(number, limit, (page, self._told.get(page)))
+        return collections.Counter(self._told.values())
+
+    def _stall(self):
+        listener = self._desktop.listen("-log")
+        # It is answered, and then waits for the reader of its lines.
+        stuck = self._next_page()
+        self._desktop.open(page_link(stuck, Note="x" * 100_000))
+        self._told[stuck] = TAKEN
+        followers = {page: self._desktop.start(page_link(page), SYSTEMD_BUS_TIMEOUT="10ms")
+                     for page in self._next_pages()}
+        answers = {page: [] for page in self._next_pages()}
+        for page, answer in answers.items():
+            self._desktop.call_open([page_link(page)], answer)
+        self._end_a_sender(followers)
+        self._random.choices([self._come_back, self._end, self._kill], [6, 3, 2])[0](listener, stuck)
+        for page, follower in followers.items():
+            self._test.assertEqual((follower.finish().errors, follower.wait()), ("", 0))
+            self._desktop.forget(follower)
+            self._told[page] = TAKEN
+        self._desktop.wait_until(lambda: all(answers.values()))
+        for page, (error,) in answers.items():
+            self._told[page] = REFUSED if error else TAKEN
+        # Other programs, which the bus has started meanwhile, have no say in the next stall.
+        self._discard(listener)
+        self._expect_opened()
+
+    def _end_a_sender(self, followers):
+        if followers and self._random.random() < 0.2:
+            page, follower = followers.popitem()
+            follower.end(self._random.choice([signal.SIGTERM, signal.SIGKILL]))
+            self._desktop.forget(follower)
+            self._told[page] = UNKNOWN
+
+    # How a stall ends.
+
+    def _come_back(self, listener, stuck):
+        while not listener.output.next().endswith("> webpage: " + stuck):
+            pass
+
+    def _end(self, listener, _):
+        listener.send(self._random.choice([signal.SIGINT, signal.SIGTERM, signal.SIGHUP]))
+
+    def _kill(self, listener, stuck):
+        listener.send(signal.SIGKILL)
+        self._told[stuck] = UNKNOWN
+
+    def _discard(self, listener):
+        listener.send(signal.SIGTERM)
+        listener.finish()
+        self._desktop.forget(listener)
+        self._desktop.daemon.output.skip()
+
+    # Pages.
+
+    def _next_page(self):
+        page = f"https://page.test/{len(self._told)}"
+        self._told[page] = None
+        return page
+
+    def _next_pages(self):
+        return [self._next_page() for _ in range(self._random.randint(0, 3))]
+
+    def _expect_opened(self):
+        """Waits for the pages of all links that were taken."""
+        missing = {page for page, told in self._told.items() if told == TAKEN} - set(self._opened)
+        while missing:
+            page = self._pages.next()
+            self._opened[page] += 1
+            missing.discard(page)
+
+
+class StallsTest(unittest.TestCase):
+    stalls = 0
+
+    def test_what_links_are_told_is_true(self):
+        seed = secrets.randbits(32)
+        told = Stalls(self, seed).run(self.stalls)
+        print(f"{self.stalls:,} stalls, seed {seed}")
+        for fate, count in told.most_common():
+            print(f"{count:10,} links {fate}")
+
+
+if __name__ == "__main__":
+    StallsTest.stalls = int(sys.argv.pop(1))
+    unittest.main(argv=[sys.argv[0], "StallsTest"])
