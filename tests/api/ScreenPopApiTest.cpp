@@ -5,6 +5,8 @@
 
 #include <unordered_set>
 
+#include "json/KeyPath.h"
+
 namespace Vastel_Connect {
 namespace {
 
@@ -122,6 +124,13 @@ TEST(FromJsonText, LeavesOutTextsOfAnotherKind) {
 TEST(FromJsonText, KnowsNoOtherSpellingOfAKey) {
   EXPECT_EQ(fromJsonText(R"({"webpage":"x","scripttype":"CSD","WebPage ":"y","WEBPAGE":"z"})"),
             kEmpty);
+}
+
+TEST(FromJsonText, LooksKeysUpByTheProgramWideDelimiter) {
+  keyPathDelimiter = "Page";
+  const auto request = fromJsonText(R"({"WebPage":"x","Web":{"":"https://h/"}})");
+  keyPathDelimiter = ".";
+  EXPECT_EQ(request.WebPage, "https://h/");
 }
 
 TEST(FromJsonText, DropsOtherKeys) {

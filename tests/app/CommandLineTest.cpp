@@ -109,6 +109,11 @@ TEST_F(CommandLine, PrintsTheBannerAloneWithoutASwitchAndGoesOn) {
   EXPECT_EQ(start({}), banner);
 }
 
+TEST_F(CommandLine, IsReadBeforeAnythingIsPrinted) {
+  EXPECT_EQ(start({"/usr/bin/vastel-connect"}), banner);
+  EXPECT_EQ(host.eventsBeforeArguments, 0U);
+}
+
 TEST_F(CommandLine, PrintsUsageForHelpAndEnds) {
   EXPECT_EQ(start({"x", "-H"}), banner + usage + "<end>");
 }

@@ -40,7 +40,9 @@ void RecordingHost::record(std::string_view kind, std::string_view value) {
 namespace platform {
 
 std::vector<std::string> processArguments() {
-  return RecordingHost::instance().arguments;
+  auto& host = RecordingHost::instance();
+  host.eventsBeforeArguments = host.events().size();
+  return host.arguments;
 }
 
 void setUriEventHandler() {

@@ -31,6 +31,8 @@ class RecordingHost {
   bool opens = true;
   /// Whether the list is kept: it would count in a measurement.
   bool records = true;
+  /// How many events there were when the arguments were read last.
+  std::size_t eventsBeforeArguments = 0;
   std::thread::id mainThread = std::this_thread::get_id();
 
  private:

@@ -1,0 +1,35 @@
+// Tests what of platform/linux/Host.h no link shows.
+#include "platform/linux/Host.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <thread>
+
+#include "platform/Platform.h"
+#include "platform/linux/ApplicationMain.h"
+
+namespace Vastel_Connect {
+namespace {
+
+TEST(IsMainThread, IsFalseOnAnyOther) {
+  EXPECT_TRUE(platform::isMainThread());
+  bool elsewhere = true;
+  std::thread([&elsewhere] { elsewhere = platform::isMainThread(); }).join();
+  EXPECT_FALSE(elsewhere);
+}
+
+/// Runs the application to its end, and ends with status 0 when it left no handler behind.
+[[noreturn]] void runWith(std::string argument) {
+  std::string name = "vastel-connect";
+  char* arguments[] = {name.data(), argument.data(), nullptr};
+  const int status = applicationMain(2, arguments);
+  std::_Exit(status == 0 && !host().deliversUris ? 0 : 1);
+}
+
+TEST(ApplicationMain, TerminatesTheDelegate) {
+  EXPECT_EXIT(runWith("-help"), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace Vastel_Connect
