@@ -1,6 +1,5 @@
 #include "api/ScreenPopApi.h"
 
-#include <array>
 #include <cstdlib>
 
 #include "json/JsonText.h"
@@ -31,8 +30,7 @@ std::optional<ScreenPopScriptType> scriptTypeMember(const JSON& request, std::st
 
 struct_PartialScreenPopApi struct_PartialScreenPopApi::fromJsonText(std::string_view jsonText) {
   // The document is read once and dropped whole, so its parts are never freed one by one.
-  std::array<unsigned char, 4096> buffer;  // NOLINT(cppcoreguidelines-init-variables)
-  boost::json::monotonic_resource storage(buffer.data(), buffer.size());
+  boost::json::monotonic_resource storage;
   const auto document = parseJsonText(jsonText, &storage);
   if (!document) return {};
   const JSON* request = document->if_object();

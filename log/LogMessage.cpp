@@ -17,18 +17,13 @@ std::string plainLogLine(std::string_view message) {
   return line;
 }
 
-/// A function of its own, so that a call that logs nothing needs neither registers nor a stack.
-[[gnu::noinline]] void printLogLines(const AppDelegate& delegate, std::string_view message,
-                                     std::string_view value) {
-  const std::string text = std::string(message).append(value);
-  if (delegate.FlagLog) platform::printLine(plainLogLine(text));
-  if (delegate.FlagJsonLog) platform::printLine(makeJsonLogLine(text));
-}
-
 }  // namespace
 
 void AppDelegate::logMessage(std::string_view message, std::string_view value) const {
-  if (FlagLog || FlagJsonLog) printLogLines(*this, message, value);
+  if (!FlagLog && !FlagJsonLog) return;
+  const std::string text = std::string(message).append(value);
+  if (FlagLog) platform::printLine(plainLogLine(text));
+  if (FlagJsonLog) platform::printLine(makeJsonLogLine(text));
 }
 
 }  // namespace Vastel_Connect

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "json/mapping/DefaultZone.h"
+
 namespace Vastel_Connect {
 namespace {
 

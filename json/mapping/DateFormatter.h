@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "json/mapping/Date.h"
 #include "json/mapping/DatePattern.h"
-#include "json/mapping/DefaultZone.h"
 
 namespace Vastel_Connect {
 

@@ -3,10 +3,9 @@
 #include <chrono>
 #include <optional>
 
-namespace Vastel_Connect {
+#include "json/mapping/Date.h"
 
-/// A point in time, to the second: no pattern of a DateFormatter writes a smaller unit.
-using Date = std::chrono::sys_seconds;
+namespace Vastel_Connect {
 
 /// How far the clocks of the process's default time zone (TZ, else the system's) are ahead of UTC
 /// at `date`, in whole minutes: an offset with seconds, as they were before time zones, is rounded.

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 
 namespace Vastel_Connect {
@@ -33,27 +32,19 @@ bool readFile(int file, std::string& text) {
 
 /// Whether `text` has control characters other than tabs and line feeds.
 bool hasControls(std::string_view text) {
-  unsigned found = 0;
-  // Not left at the first, so that the compiler can take many at a time.
-  for (const char c : text) {
-    const bool control = static_cast<unsigned char>(c) < ' ';
-    found |= static_cast<unsigned>(control & (c != '\t') & (c != '\n'));
-  }
-  return found != 0;
+  return std::any_of(text.begin(), text.end(), [](char c) {
+    return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n';
+  });
 }
 
-/// Printable ASCII without brackets.
-constexpr std::array<bool, 256> kIsNameCharacter = [] {
-  std::array<bool, 256> table{};
-  for (unsigned char c = ' '; c <= '~'; ++c) table[c] = c != '[' && c != ']';
-  return table;
-}();
+/// Whether a character is printable ASCII and no bracket.
+bool isNameCharacter(char c) {
+  return c >= ' ' && c <= '~' && c != '[' && c != ']';
+}
 
 /// The length of the name that `text` begins with.
 std::size_t nameLength(std::string_view text) {
-  const auto end = std::find_if_not(text.begin(), text.end(), [](char c) {
-    return kIsNameCharacter[static_cast<unsigned char>(c)];
-  });
+  const auto end = std::find_if_not(text.begin(), text.end(), isNameCharacter);
   return static_cast<std::size_t>(end - text.begin());
 }
 
