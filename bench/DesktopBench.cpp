@@ -1,5 +1,6 @@
 // Usage: bench_desktop ROUNDS LINKS RESULTS [TOPIC...]. Measures the program on a desktop against
-// the least that could be done instead, side by side. The topics are road, start and load.
+// the least that could be done instead, side by side. The topics are road, start,
+// load and core.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +26,7 @@ int main(int argc, char** argv) {
   if (wanted("road")) measureRoad(samples, desktop, programs, rounds);
   if (wanted("start")) measureStart(samples, desktop, programs, rounds);
   if (wanted("load")) measureLoad(samples, desktop, programs, rounds, std::atoi(argv[2]));
+  if (wanted("core")) measureCore(samples, rounds / 10 + 3);
   samples.write(argv[3]);
   return 0;
 }

@@ -60,9 +60,9 @@ void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, i
   const PageOpener spawn(
       {programs.folder + "/bench_open_pages_spawn", programs.handler(), desktop.socketPath()});
   const Contestant floor{"posix_spawn", byProgram(spawn)};
-  samples.compare("road", "hand-over call to handler", "ms", rounds,
+  samples.compare("road", "opening call to handler", "ms", rounds,
                   {{"ours", byProgram(ours)}, floor, {"GIO in-process", byProgram(gio)}});
-  samples.compare("road", "hand-over call to handler, slow peers", "ms", rounds / 8 + 3,
+  samples.compare("road", "opening call to handler, slow peers", "ms", rounds / 8 + 3,
                   {{"ours", byProgram(ours)},
                    {"gio open", byCommand({"gio", "open", kPage})},
                    {"xdg-open, named desktop", onNamedDesktop({"xdg-open", kPage})},

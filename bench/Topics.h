@@ -31,4 +31,7 @@ void measureStart(Samples& samples, Desktop& desktop, const Programs& programs, 
 void measureLoad(Samples& samples, Desktop& desktop, const Programs& programs, int rounds,
                  int links);
 
+/// The program's own part of a link's way, without a desktop, for small links and large ones.
+void measureCore(Samples& samples, int rounds);
+
 }  // namespace Vastel_Connect::bench

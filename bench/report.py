@@ -2,7 +2,6 @@
 
 Reads what the programs of dev/bench left in FOLDER, prints a table, and writes results.json there.
 """
-import glob
 import json
 import os
 import platform
@@ -21,48 +20,6 @@ def load(path):
         return json.load(file)
 
 
-def core_samples(folder):
-    """Google Benchmark's figures, as rows of samples."""
-    rows = {}
-    for each in load(f"{folder}/core.json")["benchmarks"]:
-        if each["run_type"] == "iteration":
-            step, contestant, size = each["run_name"].rsplit("/", 2)
-            samples = rows.setdefault((step, size), {}).setdefault(contestant, [])
-            samples.append(each["cpu_time"])
-    return [core_row("core", key, "ns", samples) for key, samples in rows.items()]
-
-
-def count_samples(folder):
-    """Callgrind's counts, as rows of samples."""
-    rows = {}
-    for path in glob.glob(f"{folder}/callgrind.out.*"):
-        with open(path, encoding="utf-8") as file:
-            text = file.read()
-        trigger = re.search(r"^desc: Trigger: Client Request: (.*)/(.*)/(.*)$", text, re.MULTILINE)
-        total = re.search(r"^(?:totals|summary): (\d+)$", text, re.MULTILINE)
-        if trigger and total:
-            step, contestant, size = trigger.groups()
-            rows.setdefault((step, size), {})[contestant] = [int(total.group(1))]
-    return [core_row("instructions", key, "instructions", samples)
-            for key, samples in rows.items()]
-
-
-def core_row(topic, key, unit, samples):
-    step, size = key
-    # The calls of the log are measured by the thousand.
-    if size == "0":
-        samples = {name: [value / 1000 for value in values] for name, values in samples.items()}
-    name = step if size == "0" else f"{step}, {bytes_text(int(size))}"
-    return {"topic": topic, "name": name, "unit": unit, "samples": samples, "size": int(size)}
-
-
-def bytes_text(size):
-    for limit, unit in ((1 << 20, "MiB"), (1 << 10, "KiB")):
-        if size >= limit:
-            return f"{size // limit} {unit}"
-    return f"{size} B"
-
-
 def figures(row):
     samples = row["samples"]
     medians = {name: statistics.median(values) for name, values in samples.items()}
@@ -71,8 +28,7 @@ def figures(row):
     return {"topic": row["topic"], "name": row["name"], "unit": row["unit"], "ours": ours,
             "peers": medians, "ratio": {name: ours / value for name, value in medians.items() if value},
             "runs": len(own),
-            "spread": [own[(len(own) - 1) // 10], own[(len(own) - 1) * 9 // 10]],
-            "size": row.get("size")}
+            "spread": [own[(len(own) - 1) // 10], own[(len(own) - 1) * 9 // 10]]}
 
 
 def number(value):
@@ -128,16 +84,16 @@ def write_docs(parts):
 def main():
     folder = sys.argv[-1]
     samples = sum((load(f"{folder}/{name}.json") for name in ("road", "load", "waiting")), [])
-    results = [figures(row) for row in samples + core_samples(folder) + count_samples(folder)]
-    order = ["road", "start", "waiting", "load", "core", "instructions"]
-    results.sort(key=lambda each: (order.index(each["topic"]), each["size"] or 0))
+    results = [figures(row) for row in samples]
+    order = ["road", "start", "waiting", "load", "core"]
+    results.sort(key=lambda each: order.index(each["topic"]))
     with open(f"{folder}/results.json", "w", encoding="utf-8") as file:
         json.dump(results, file, indent=1)
     goals = table(["figure", "goal", "measured", "reached"], goal_rows(results))
     everything = all_figures_table(results)
     print(everything, "\n", goals, "\n", machine(), sep="\n")
     if "--write-docs" in sys.argv:
-        write_docs({"goals": goals, "figures": everything, "machine": machine()})
+        write_docs({"goals": goals, "machine": machine()})
 
 
 main()

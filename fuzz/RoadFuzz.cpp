@@ -5,9 +5,9 @@
 #include <functional>
 
 #include "app/AppDelegate.h"
-#include "fuzz/Base64Text.h"
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
+#include "tests/platform/Base64Text.h"
 #include "tests/platform/RecordingHost.h"
 
 using namespace Vastel_Connect;
@@ -84,6 +84,6 @@ void tryLink(std::string_view link) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto text = fuzz::textOf(data, size);
   tryLink(text);
-  tryLink("screenpop://" + fuzz::base64Text(text));
+  tryLink("screenpop://" + base64Text(text));
   return 0;
 }

@@ -1,9 +1,9 @@
 // UTF-8 wherever a text is asked whether it is: behind base64, in JSON log lines, in query texts.
-#include "fuzz/Base64Text.h"
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
 #include "json/mapping/Url.h"
 #include "log/JsonLogLine.h"
+#include "tests/platform/Base64Text.h"
 #include "uri/UriPreProcessor.h"
 
 using namespace Vastel_Connect;
@@ -12,7 +12,7 @@ namespace {
 
 void tryCommand(std::string_view bytes, bool valid) {
   struct_UriPreProcessor preProcessor;
-  preProcessor.parseUri("screenpop:" + fuzz::base64Text(bytes));
+  preProcessor.parseUri("screenpop:" + base64Text(bytes));
   preProcessor.decodeCommand();
   fuzz::expect(preProcessor.DecodedCommand.has_value() == (valid && !bytes.empty()), "command");
   fuzz::expect(preProcessor.DecodedCommand.value_or(std::string(bytes)) == bytes, "its text");

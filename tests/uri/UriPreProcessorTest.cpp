@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/platform/Base64Text.h"
 #include "tests/platform/Data.h"
 
 namespace Vastel_Connect {
@@ -25,23 +26,6 @@ std::optional<std::string> decodeCommand(std::optional<std::string> rawCommand) 
   struct_UriPreProcessor preProcessor{.RawCommand = std::move(rawCommand)};
   preProcessor.decodeCommand();
   return preProcessor.DecodedCommand;
-}
-
-/// Base64 of a few bytes, for the tests only.
-std::string base64(std::string_view bytes) {
-  constexpr std::string_view kAlphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string bits;
-  for (const char c : bytes) {
-    for (int bit = 7; bit >= 0; --bit) bits += ((c >> bit) & 1) != 0 ? '1' : '0';
-  }
-  while (bits.size() % 6 != 0) bits += '0';
-  std::string text;
-  for (std::size_t i = 0; i < bits.size(); i += 6) {
-    text += kAlphabet[std::stoul(bits.substr(i, 6), nullptr, 2)];
-  }
-  while (text.size() % 4 != 0) text += '=';
-  return text;
 }
 
 TEST(UriPreProcessor, StartsWithAllMembersAbsent) {
@@ -125,7 +109,7 @@ TEST(DecodeCommand, AcceptsStrictUtf8Only) {
     const std::string bytes = row[0] == "\"\"" ? "" : hexBytes(row[0]);
     if (bytes.empty()) continue;  // An empty command decodes to nothing.
     const auto expected = row[1] == "valid" ? std::optional(bytes) : std::nullopt;
-    EXPECT_EQ(decodeCommand(base64(bytes)), expected) << row[0];
+    EXPECT_EQ(decodeCommand(base64Text(bytes)), expected) << row[0];
     valid += expected ? 1 : 0;
   }
   EXPECT_GT(valid, 0);

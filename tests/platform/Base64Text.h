@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-namespace Vastel_Connect::fuzz {
+namespace Vastel_Connect {
 
-/// The base64 of `bytes`, so that what lies behind the decoder is reached as well.
+/// The base64 of `bytes`: the program itself only decodes.
 inline std::string base64Text(std::string_view bytes) {
   constexpr std::string_view kAlphabet =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -21,4 +21,4 @@ inline std::string base64Text(std::string_view bytes) {
   return text.replace(text.size() - padding, padding, padding, '=');
 }
 
-}  // namespace Vastel_Connect::fuzz
+}  // namespace Vastel_Connect
