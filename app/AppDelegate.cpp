@@ -44,15 +44,11 @@ void AppDelegate::applicationWillTerminate() {
   platform::removeUriEventHandler();
 }
 
-void AppDelegate::UriEventHandlerWithEvent(const UriEvent* event) {
+void AppDelegate::UriEventHandlerWithEvent(const UriEvent& event) {
   logMessage("new uri event");
-  const auto* parameter =
-      event != nullptr ? event->paramDescriptorForKeyword(keyDirectObject) : nullptr;
-  if (parameter == nullptr || !parameter->stringValue) {
-    logMessage("no event data");
-    return;
-  }
-  processUri(*parameter->stringValue);
+  const auto uri = event.textOfParameter(keyDirectObject);
+  if (!uri) return logMessage("no event data");
+  processUri(*uri);
 }
 
 void AppDelegate::parseCommandLine() {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace Vastel_Connect {
@@ -16,20 +18,11 @@ inline constexpr std::uint32_t kInternetEventClass = 0x4755524C;  // 'GURL'
 inline constexpr std::uint32_t kAEGetURL = 0x4755524C;            // 'GURL'
 inline constexpr std::uint32_t keyDirectObject = 0x2D2D2D2D;      // '----'
 
-/// A get-URL event as the host received it. Its texts are borrowed for the time of one call.
+/// A get-URL event as the host received it.
 struct UriEvent {
-  struct Parameter {
-    std::uint32_t keyword = 0;
-    /// Absent when the parameter's value is not a text.
-    std::optional<std::string_view> stringValue;
-  };
-
-  std::optional<Parameter> parameter;
-
-  /// The parameter with this keyword, or null when the event has none.
-  [[nodiscard]] const Parameter* paramDescriptorForKeyword(std::uint32_t keyword) const {
-    return parameter && parameter->keyword == keyword ? &*parameter : nullptr;
-  }
+  /// Asks the event for its parameter with a keyword, and that for its text. Absent when there was
+  /// no event to go with the call, when it has no such parameter, and when that holds no text.
+  std::function<std::optional<std::string>(std::uint32_t keyword)> textOfParameter;
 };
 
 /// The application's one object of its own. A host creates it, drives it through its life on the
@@ -43,9 +36,9 @@ class AppDelegate {
   /// Removes the URI event handler.
   void applicationWillTerminate();
 
-  /// Takes one URI event; null when the host got no event to go with the call. The sender is not
-  /// answered: the reply event stays with the host, untouched.
-  void UriEventHandlerWithEvent(const UriEvent* event);
+  /// Takes one URI event. It is logged before it is looked into. The sender is not answered: the
+  /// reply event stays with the host, untouched.
+  void UriEventHandlerWithEvent(const UriEvent& event);
 
   /// Sets the flags from the process's arguments, the first included.
   void parseCommandLine();

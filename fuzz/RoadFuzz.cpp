@@ -29,8 +29,8 @@ namespace {
 void follow(std::string_view link) {
   AppDelegate delegate;
   delegate.FlagLog = delegate.FlagJsonLog = true;
-  const UriEvent event{.parameter = {{.keyword = keyDirectObject, .stringValue = link}}};
-  delegate.UriEventHandlerWithEvent(&event);
+  const UriEvent event{[link](std::uint32_t /*keyword*/) { return std::string(link); }};
+  delegate.UriEventHandlerWithEvent(event);
 }
 
 /// Every sixteenth text: a process is too slow for all.

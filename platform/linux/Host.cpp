@@ -17,8 +17,9 @@ Host& host() {
 void deliverUri(std::string_view uri, const ActivationToken& token) {
   if (!host().deliversUris) return;
   host().token = token;
-  const UriEvent event{.parameter = {{.keyword = keyDirectObject, .stringValue = uri}}};
-  host().delegate->UriEventHandlerWithEvent(&event);
+  // Here an event has its direct parameter and no other.
+  const UriEvent event{[uri](std::uint32_t /*keyword*/) { return std::string(uri); }};
+  host().delegate->UriEventHandlerWithEvent(event);
   host().token = {};
 }
 

@@ -4,7 +4,7 @@
 #include <csignal>
 
 #include "app/AppDelegate.h"
-#import "platform/macos/UriEvent.h"
+#import "platform/macos/Text.h"
 
 /// Made by the main interface file, and named there.
 @interface AppDelegate : NSObject <NSApplicationDelegate> {
@@ -48,7 +48,10 @@
 
 - (void)UriEventHandlerWithEvent:(NSAppleEventDescriptor*)event
                   withReplyEvent:(NSAppleEventDescriptor*)replyEvent {
-  delegate_.UriEventHandlerWithEvent(Vastel_Connect::ReceivedUriEvent(event).event());
+  // No event and no parameter answer as nil does: with nothing.
+  delegate_.UriEventHandlerWithEvent({[event](std::uint32_t keyword) {
+    return Vastel_Connect::utf8Text([event paramDescriptorForKeyword:keyword].stringValue);
+  }});
 }
 
 // The window and the flags begin empty and false: the runtime constructs them.

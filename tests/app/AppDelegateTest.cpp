@@ -16,6 +16,11 @@ using testing::ElementsAre;
 using testing::Not;
 using testing::SizeIs;
 
+/// An event with one parameter.
+UriEvent withText(std::uint32_t keyword, std::optional<std::string> text) {
+  return {[=](std::uint32_t asked) { return asked == keyword ? text : std::nullopt; }};
+}
+
 class Delegate : public WithRecordingHost<testing::Test> {
  protected:
   AppDelegate delegate;
@@ -51,8 +56,7 @@ TEST_F(Delegate, RegistersTheHandlerBeforeItReadsTheCommandLine) {
 TEST_F(Delegate, WritesNoLogLineForTheUriThatLaunchedIt) {
   host.arguments = {"vastel-connect", "-log", "-jsonlog"};
   delegate.applicationWillFinishLaunching();
-  const UriEvent event{.parameter = {{keyDirectObject, "screenpop"}}};
-  delegate.UriEventHandlerWithEvent(&event);
+  delegate.UriEventHandlerWithEvent(withText(keyDirectObject, "screenpop"));
   EXPECT_THAT(host.events(), ElementsAre(kSetHandler));
 }
 
@@ -79,26 +83,31 @@ class UriEventCallback : public Delegate {
 };
 
 TEST_F(UriEventCallback, HandsTheTextToProcessUri) {
-  const UriEvent event{.parameter = {{keyDirectObject, "a text "}}};
-  delegate.UriEventHandlerWithEvent(&event);
+  delegate.UriEventHandlerWithEvent(withText(keyDirectObject, "a text "));
   EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> new uri event",
                                          "print: Log 14:07:09> process uri: a text ",
                                          "print: Log 14:07:09> invalid protocol"));
 }
 
+TEST_F(UriEventCallback, LogsTheEventBeforeItLooksIntoIt) {
+  delegate.UriEventHandlerWithEvent({[this](std::uint32_t /*keyword*/) {
+    host.record("asked for the text");
+    return std::nullopt;
+  }});
+  EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> new uri event", "asked for the text",
+                                         "print: Log 14:07:09> no event data"));
+}
+
 TEST_F(UriEventCallback, HandsOnAnEmptyText) {
-  const UriEvent event{.parameter = {{keyDirectObject, ""}}};
-  delegate.UriEventHandlerWithEvent(&event);
+  delegate.UriEventHandlerWithEvent(withText(keyDirectObject, ""));
   EXPECT_THAT(host.events(), SizeIs(3));
   EXPECT_THAT(host.events(), Not(Contains("print: Log 14:07:09> no event data")));
 }
 
 TEST_F(UriEventCallback, LogsNoEventDataWithoutAUsableText) {
-  const UriEvent noParameter;
-  const UriEvent otherParameter{.parameter = {{0x2D2D2D2E, "screenpop:e30="}}};
-  const UriEvent noText{.parameter = {{keyDirectObject, std::nullopt}}};
-  const UriEvent* const events[] = {nullptr, &noParameter, &otherParameter, &noText};
-  for (const UriEvent* event : events) {
+  const UriEvent events[] = {withText(0x2D2D2D2E, "screenpop:e30="),
+                             withText(keyDirectObject, std::nullopt)};
+  for (const UriEvent& event : events) {
     host.reset();
     delegate.UriEventHandlerWithEvent(event);
     EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> new uri event",

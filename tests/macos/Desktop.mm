@@ -3,8 +3,9 @@
 //
 // It reads commands from standard input, one a line, and writes what the application asks of the
 // desktop to standard output, each line with "@" before it, in order with the application's own.
-// A command is the event to send as a JSON object, or "terminate"; "@done" follows each. The end of
-// the input ends the application. CONNECT_TEST_LAUNCH_EVENT holds the event that launches it.
+// A command is the event to send as a JSON object, or "terminate"; "@done" follows each. Of an
+// event with a member "watched", each look into it is written as well. The end of the input ends
+// the application. CONNECT_TEST_LAUNCH_EVENT holds the event that launches it.
 #import <AppKit/AppKit.h>
 #include <objc/runtime.h>
 #include <unistd.h>
@@ -67,6 +68,9 @@ NSString* methodNames(id object) {
 }
 
 - (NSAppleEventDescriptor*)paramDescriptorForKeyword:(uint32_t)keyword {
+  if ([content_ objectForKey:@"watched"]) {
+    record([@"asked for " stringByAppendingString:codeText(keyword)]);
+  }
   NSDictionary* parameter = [content_ objectForKey:codeText(keyword)];
   return parameter ? [[[TestDescriptor alloc] initWithContent:parameter] autorelease] : nil;
 }

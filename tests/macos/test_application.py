@@ -140,6 +140,12 @@ class Events(judge.JudgeTest):
                 self.assertEqual(application.send(event),
                                  plain("new uri event", "no event data"))
 
+    def test_are_logged_before_they_are_looked_into(self):
+        application = self.start_waiting("-log")
+        self.assertEqual(application.send({"watched": True, **text_event("no colon")}),
+                         plain("new uri event") + ["@asked for ----"]
+                         + plain("process uri: no colon", "invalid protocol"))
+
     def test_keep_their_text(self):
         application = self.start_waiting("-jsonlog")
         for text in ("", "caf\u00e9 \U0001F600", "a\x7f", " x ", "tab\there"):
