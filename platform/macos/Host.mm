@@ -61,8 +61,10 @@ std::string jsonLogDate() {
 
 bool openUrl(std::string_view url) {
   @autoreleasepool {
-    NSURL* address = [[NSURL alloc] initWithString:foundationText(url)];
-    return [[NSWorkspace sharedWorkspace] openURL:address];
+    NSString* text = foundationText(url);
+    NSURL* address = text == nil ? nil : [[NSURL alloc] initWithString:text];
+    // A newer parser forms none of some texts that the check takes, as of "http://[".
+    return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
   }
 }
 

@@ -39,5 +39,9 @@ TEST(MacHost, WritesTimesOnAnyThread) {
   for (auto& thread : threads) thread.join();
 }
 
+TEST(MacHost, OpensNothingThatFormsNoUrl) {
+  EXPECT_FALSE(openUrl("x:\xFF"));
+}
+
 }  // namespace
 }  // namespace Vastel_Connect::platform
