@@ -68,16 +68,6 @@ class TroubleshootingTest(unittest.TestCase):
         self.assertIn(text, self.run_command(command).errors)
         self.assertIn(f"- `{text}`: ", PAGE.read_text(encoding="utf-8"))
 
-    def test_commands_for_a_user_manager_have_no_wrong_option(self):
-        # There is no such manager here, which is all that they may complain about.
-        self.desktop = Desktop(self)
-        for command, _ in commands("console systemd"):
-            with self.subTest(command):
-                result = self.run_command(command)
-                self.assertNotRegex(result.errors, "(?i)unknown|unrecognized|invalid|not found")
-        self.assertEqual([kind for kind, _ in blocks() if kind not in ("console", "log")],
-                         ["console systemd"] * 3)
-
     def run_command(self, command):
         path = f"{pathlib.Path(PROGRAM).parent}:/usr/bin:/bin"
         return self.desktop.spawn("/bin/bash", "-c", command, PATH=path).finish()

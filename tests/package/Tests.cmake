@@ -20,8 +20,9 @@ connect_package_tests(test_files.py)
 file(STRINGS /etc/os-release codename REGEX "^VERSION_CODENAME=")
 string(REGEX REPLACE ".*=" "" codename "${codename}")
 add_test(NAME Tree.IsMade COMMAND ${PROJECT_SOURCE_DIR}/tests/package/make-tree
-  "${codename}" ${tree} dbus-user-session libglib2.0-bin)
+  "${codename}" ${tree} dbus-user-session libglib2.0-bin procps)
 set_tests_properties(Tree.IsMade PROPERTIES FIXTURES_SETUP tree LABELS package TIMEOUT 600
   SKIP_RETURN_CODE 77)
 connect_package_tests(test_life.py tree)
-connect_package_tests(test_unit.py tree)
+connect_program_tests(clients/test_unit.py LABEL clients ONE_ZONE FIXTURES packages tree
+  ENVIRONMENT CONNECT_PACKAGES=${packages} CONNECT_TREE=${tree})

@@ -66,3 +66,13 @@ class PackageTestCase(unittest.TestCase):
         folder = self.folder()
         self.expect_success("dpkg-deb", "--extract", package("vastel-connect_*.deb"), folder)
         return folder
+
+    def higher_version(self):
+        """The package again, as version 9."""
+        folder = self.folder()
+        self.expect_success("dpkg-deb", "--raw-extract", package("vastel-connect_*.deb"), folder)
+        self.expect_success("sed", "--in-place", "s/^Version:.*/Version: 9/",
+                            folder + "/DEBIAN/control")
+        deb = self.folder() + "/higher.deb"
+        self.expect_success("dpkg-deb", "--root-owner-group", "--build", folder, deb)
+        return deb

@@ -14,7 +14,7 @@ sys.path[:0] = [HERE, os.path.join(os.path.dirname(HERE), "road")]
 
 from packages import LIMIT
 
-from desktop import NAME, Lines, children
+from desktop import NAME, Lines, children, wait_for_end
 
 ARCHIVE = os.environ["CONNECT_TREE"]
 # It says that the tree is there. The shell reaps what is left behind.
@@ -44,23 +44,24 @@ x-scheme-handler/https=record.desktop
 
 
 class Tree:
-    """A tree that lives as long as a test."""
+    """A tree that lives as long as a test. `around` is a command in which all of it is started, and
+    `first` that of its first process, which says that the tree is there."""
 
-    def __init__(self, test, archive=ARCHIVE):
+    def __init__(self, test, archive=ARCHIVE, around=(), first=FIRST_PROCESS):
         if not os.path.exists(archive):
             raise unittest.SkipTest("Tree.IsMade was skipped")
         self._enter = ["--user", "--preserve-credentials"] if os.getuid() else []
         self._starter = subprocess.Popen(
-            [HERE + "/in-namespaces", HERE + "/start-tree", archive, *FIRST_PROCESS],
+            [*around, HERE + "/in-namespaces", HERE + "/start-tree", archive, *first],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
         self._processes = [self._starter]
-        self._pages = None
+        self.first = self._pages = None
         test.addCleanup(self._stop)
         try:
             assert Lines(self._starter.stdout).next() == "ready"
         except EOFError:
             if self._starter.wait(LIMIT) == REFUSED:
-                raise unittest.SkipTest("This machine refuses namespaces") from None
+                raise unittest.SkipTest("This machine refuses namespaces, or control groups") from None
             raise
         (self.first,) = children(self._starter.pid)
         self._make_handler()
@@ -100,6 +101,12 @@ class Tree:
                 if int(numbers[-1]) == pid and os.readlink(f"/proc/{each}/ns/pid") == space:
                     return int(each)
         raise ProcessLookupError(pid)
+
+    def runs_installed(self, pid):
+        """Whether a process runs the program that is installed, and not one that was replaced."""
+        files = self.run("stat", "--dereference", "--format=%d %i", f"/proc/{pid}/exe",
+                         "/usr/bin/vastel-connect")
+        return len(set(files.splitlines())) == 1
 
     # Packages.
 
@@ -170,8 +177,10 @@ class Tree:
         self._pages = Lines(open(self.path(HOME + "/pages"), "r+b", buffering=0))
 
     def _stop(self):
-        # The first process of the tree ends with it, and all others with the first.
+        # The first process of the tree ends with it, after all others of the tree.
         self._starter.kill()
+        if self.first:
+            wait_for_end(self.first)
         for process in self._processes:
             process.wait(LIMIT)
             process.stdout.close()
