@@ -11,8 +11,10 @@
 namespace Vastel_Connect {
 namespace {
 
+using Flag = bool AppDelegate::*;
+
 struct Switch {
-  bool AppDelegate::*flag;
+  Flag flag;
   std::vector<std::string_view> spellings;
 };
 

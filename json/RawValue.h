@@ -14,6 +14,7 @@ struct RawValues;
 /// An enumeration that has raw values.
 template <typename Enum>
 concept RawRepresentable = requires {
+  RawValues<Enum>::rows[0].first;
   RawValues<Enum>::rows[0].second;
 };
 

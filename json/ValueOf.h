@@ -58,12 +58,13 @@ template <JsonType T>
   return JsonForm<T>::write(value);
 }
 
+template <typename T, typename... Types>
+concept IsOneOf = (std::same_as<T, Types> || ...);
+
 /// The integer types; neither bool nor the character types are among them.
 template <typename T>
-concept IntegerType = std::same_as<T, signed char> || std::same_as<T, unsigned char> ||
-    std::same_as<T, short> || std::same_as<T, unsigned short> || std::same_as<T, int> ||
-    std::same_as<T, unsigned> || std::same_as<T, long> || std::same_as<T, unsigned long> ||
-    std::same_as<T, long long> || std::same_as<T, unsigned long long>;
+concept IntegerType = IsOneOf<T, signed char, unsigned char, short, unsigned short, int, unsigned,
+                              long, unsigned long, long long, unsigned long long>;
 
 /// A copy of what the pointer shows; absent when it is null.
 template <typename T, typename Held>

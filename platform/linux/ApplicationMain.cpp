@@ -40,7 +40,7 @@ void forgetStarter() {
 
 /// Whether the process was started by nohup, or as such.
 bool ignoresHangUp() {
-  struct sigaction current {};
+  struct sigaction current = {};
   ::sigaction(SIGHUP, nullptr, &current);
   return current.sa_handler == SIG_IGN;
 }

@@ -185,7 +185,7 @@ Candidates findAssociated(const std::vector<Folder>& folders, const std::string&
 /// none has. Absent when "a-b.desktop" could also be the file "b.desktop" in a folder "a".
 std::optional<std::size_t> findEntry(const std::vector<Folder>& folders, const std::string& id) {
   const auto exists = [](const std::string& path) {
-    struct stat status {};
+    struct stat status = {};
     return ::lstat(path.c_str(), &status) == 0;
   };
   if (!id.ends_with(".desktop") || id.find('/') != id.npos) return std::nullopt;

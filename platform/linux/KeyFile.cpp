@@ -19,7 +19,7 @@ bool isBlank(char c) {
 
 /// The content of a regular file; false for anything else, and when it is too long or changes.
 bool readFile(int file, std::string& text) {
-  struct stat status {};
+  struct stat status = {};
   if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return false;
   const auto size = static_cast<std::size_t>(status.st_size);
   if (size > kSizeLimit) return false;

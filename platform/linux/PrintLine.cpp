@@ -31,7 +31,7 @@ void onAlarm(int /*number*/) {
 }
 
 void handle(int number, void (*handler)(int), int flags) {
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = handler;
   action.sa_flags = flags;
   ::sigaction(number, &action, nullptr);

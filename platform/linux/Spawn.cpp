@@ -14,7 +14,7 @@ namespace Vastel_Connect {
 namespace {
 
 bool isExecutable(const std::string& path) {
-  struct stat status {};
+  struct stat status = {};
   return ::access(path.c_str(), X_OK) == 0 && ::stat(path.c_str(), &status) == 0 &&
          S_ISREG(status.st_mode);
 }
@@ -113,7 +113,7 @@ std::optional<pid_t> spawnProgram(const std::string& program,
 }
 
 void letKernelReapChildren() {
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = SIG_DFL;
   // Unlike an ignored SIGCHLD, this is not inherited by the children.
   action.sa_flags = SA_NOCLDWAIT;
