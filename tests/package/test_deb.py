@@ -8,7 +8,6 @@ FILES = {f"usr/{name}" for name in COMMON_FILES} | {
     "usr/lib/systemd/user/vastel-connect.service",
     "usr/share/doc/vastel-connect/changelog.gz",
     "usr/share/doc/vastel-connect/copyright",
-    "usr/share/lintian/overrides/vastel-connect",
     "usr/share/man/man1/vastel-connect.1.gz",
     "usr/share/zsh/vendor-completions/_vastel-connect",
 }
@@ -19,8 +18,8 @@ class Deb(PackageTestCase):
         self.deb = package("vastel-connect_*.deb")
 
     def test_lintian_is_silent(self):
-        # Whether the compiler happens to write a word is no matter.
-        result = run("lintian", "-I", "--pedantic", "--suppress-tags", "unused-override",
+        # Chance letters in machine code are other ones with each compiler.
+        result = run("lintian", "-I", "--pedantic", "--suppress-tags", "spelling-error-in-binary",
                      package("*.changes"))
         self.assertEqual((result.status, result.output), (0, ""), result.errors)
 

@@ -23,9 +23,11 @@ class InstalledFiles(PackageTestCase):
     def test_metainfo(self):
         output = self.expect_success("appstreamcli", "validate", "--pedantic", "--no-net",
                                      f"{self.share}/metainfo/{NAME}.metainfo.xml")
-        remarks = re.findall(r"^[A-Z]: [^ ]+ (.*)$", output, re.MULTILINE)
+        remarks = re.findall(r"^[A-Z]: [^ ]+ (.*?) *$", output, re.MULTILINE)
+        # Each release knows one of the two forms that the maker's name has there.
+        names = {"unknown-tag developer", "developer-name-tag-deprecated"}
         # The identifier is the name on the bus, which the bundle on macOS has, too.
-        self.assertEqual(remarks, [f"cid-contains-uppercase-letter {NAME}"], output)
+        self.assertEqual(set(remarks) - names, {f"cid-contains-uppercase-letter {NAME}"}, output)
 
     def test_manual_page(self):
         """That no request of it is unknown, and that it names all switches."""

@@ -10,6 +10,7 @@ from desktop import OBJECT, page_link, wait_for_end
 
 # What apt and dpkg remember of all that they did.
 MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/dpkg/status-old|"
+                      r"/var/cache/debconf/tmp\.ci|"
                       r"/var/log/(alternatives\.log|apt/.*|dpkg\.log)")
 
 

@@ -145,10 +145,12 @@ class Chromium:
         self._command("POST", f"{self._element(selector)}/click", {})
 
     def type(self, selector, text):
-        """Puts a text in the place of what stands in a field."""
-        element = self._element(selector)
-        self._command("POST", f"{element}/clear", {})
-        self._command("POST", f"{element}/value", {"text": text})
+        """Puts a text in the place of what stands in a field. (Some drivers type no character
+        outside the basic plane.)"""
+        self.execute("""
+            const field = document.querySelector(arguments[0]);
+            field.value = arguments[1];
+            field.dispatchEvent(new Event("input", { bubbles: true }));""", selector, text)
 
     def execute(self, script, *arguments):
         """What a function of this text returns in the page."""
