@@ -17,22 +17,21 @@ import browser
 import desktop
 
 PAGE_FILE = pathlib.Path(__file__).resolve().parents[2] / "docs/links.html"
+ENTRY = f"/usr/share/applications/{desktop.NAME}.desktop"
 FOLDERS = ["etc", "usr", "var"]
 
 
-def enter_own_folders():
-    """Starts this script again as root, whose overlays alone can stand in front of root's files,
-    with mounts of its own. Returns in that process, and also where that is not permitted."""
-    if os.environ.get("CONNECT_NAMESPACES") == "own":
-        return
+def own_mounts():
+    """The command that runs another as root, whose overlays alone can stand in front of root's
+    files, with mounts of its own. None where that is not permitted."""
     kept = [f"{name}={value}" for name, value in os.environ.items()
-            if name.startswith("CONNECT_") or name in ("PATH", "PYTHONPATH")]
-    command = ["env", *kept, "CONNECT_NAMESPACES=own", "unshare", "--mount"]
+            if name.startswith("CONNECT_") or name == "PATH"]
+    command = ["env", *kept, f"PYTHONPATH={os.pathsep.join(sys.path)}", "unshare", "--mount"]
     if os.geteuid() != 0:
         command = ["sudo", "--non-interactive", *command]
-    if (shutil.which(command[0]) and subprocess.run(
-            [*command, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0):
-        os.execvp(command[0], [*command, sys.executable, "-B", *sys.argv])
+    permitted = shutil.which(command[0]) and subprocess.run(
+        [*command, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0
+    return command if permitted else None
 
 
 class Overlays:
@@ -61,11 +60,17 @@ class Overlays:
 
 class InstalledTest(unittest.TestCase):
     def test_a_link_opens_its_page_through_the_installed_package(self):
-        if os.environ.get("CONNECT_NAMESPACES") != "own":
-            self.skipTest("no mounts of its own, as root or, without a password, by sudo")
-        entry = f"/usr/share/applications/{desktop.NAME}.desktop"
-        if os.path.exists(entry):
+        if os.path.exists(ENTRY):
             self.skipTest("the package is installed on this machine")
+        command = own_mounts()
+        if not command:
+            self.skipTest("no mounts of its own, as root or, without a password, by sudo")
+        subprocess.run([*command, sys.executable, "-B", "-m", "unittest",
+                        "test_installed.InOwnMounts.follow_a_link"], check=True)
+
+
+class InOwnMounts(unittest.TestCase):
+    def follow_a_link(self):
         before = pathlib.Path("/var/lib/dpkg/status").stat()
         overlays = Overlays()
         (package,) = glob.glob(os.environ["CONNECT_PACKAGES"] + "/vastel-connect_*.deb")
@@ -86,13 +91,8 @@ class InstalledTest(unittest.TestCase):
                          "/usr/bin/vastel-connect")
 
         # All that was in the overlays only.
-        for path in ["/usr/bin/vastel-connect", entry]:
+        for path in ["/usr/bin/vastel-connect", ENTRY]:
             self.assertTrue(os.path.exists(path))
             self.assertFalse(overlays.machine_path(path).exists())
         after = overlays.machine_path("/var/lib/dpkg/status").stat()
         self.assertEqual((after.st_ino, after.st_mtime_ns), (before.st_ino, before.st_mtime_ns))
-
-
-if __name__ == "__main__":
-    enter_own_folders()
-    unittest.main()
