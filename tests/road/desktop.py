@@ -193,7 +193,7 @@ class Desktop:
         test.addCleanup(self._stop)
         self.install_handler()
         if service is not None:
-            self._install_service(service)
+            self.install_service(NAME, service)
         if screen:
             self._start_screen()
         self._environment.update(environment)
@@ -364,6 +364,11 @@ class Desktop:
         self._write("config/mimeapps.list", "[Default Applications]\n" + "".join(
             f"x-scheme-handler/{scheme}=browser.desktop\n" for scheme in schemes))
 
+    def install_service(self, name, command):
+        """Lets the bus, when it is started, start a program for a name."""
+        self._write(f"services/{name}.service",
+                    SERVICE_FILE.replace(SERVICE, command).replace(NAME, name))
+
     def install_reporter(self, path):
         """Installs a program that reports how it was started, as a page."""
         # For programs of another user, who may not read the tests.
@@ -401,8 +406,6 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
                 "XDG_CACHE_HOME": self.folder + "/cache", "TMPDIR": self.folder + "/tmp",
                 "XDG_RUNTIME_DIR": self.folder + "/runtime"}
 
-    def _install_service(self, command):
-        self._write(f"services/{NAME}.service", SERVICE_FILE.replace(SERVICE, command))
 
     def _start_screen(self):
         screen = self.spawn("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-screen", "0",

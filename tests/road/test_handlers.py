@@ -6,8 +6,8 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Desktop, children, page_link, wait_for_end
-from road import LINK, PAGE, RoadTestCase, page_messages
+from desktop import Desktop, children, page_link, status_of, wait_for_end
+from road import LINK, PAGE, RoadTestCase, page_messages, pages
 
 
 class HandlersTest(RoadTestCase):
@@ -157,6 +157,18 @@ class HandlersTest(RoadTestCase):
         self.assertEqual((mode, auxiliary), ("fail", []))
         self.assertEqual(dict(properties), {"PIDs": [pid], "Slice": "app.slice",
                                             "CollectMode": "inactive-or-failed"})
+
+    def test_no_service_manager_is_started_for_a_scope(self):
+        desktop = Desktop(self, bus=False)
+        desktop.install_service("org.freedesktop.systemd1", "/bin/sleep 60")
+        desktop.start_bus()
+        for page in pages(2):
+            desktop.open(page_link(page))
+            self.assertEqual(desktop.opened(), page)
+        # Once this is answered, the bus has done what the first page's scope made it do.
+        desktop.ask_bus("GetId")
+        names = [status_of(pid)["Name"] for pid in children("self")]
+        self.assertEqual(names.count("sleep") + names.count("dbus-daemon"), 1)
 
     def provide_service_manager(self, desktop):
         """Stands in for the user's service manager; its calls are appended to the result."""

@@ -3,8 +3,11 @@
 import signal
 import unittest
 
-from desktop import NAME, SERVICE, Desktop, golden, page_link, status_of
-from road import FATAL, LINK, PAGE, RoadTestCase, messages_of, page_messages, pages
+from gi.repository import Gio
+
+from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, golden, page_link, status_of
+from road import (FATAL, LINK, PAGE, RoadTestCase, bulky_link, messages_of, page_messages,
+                  pages)
 
 
 class ListenersTest(RoadTestCase):
@@ -74,6 +77,50 @@ class ListenersTest(RoadTestCase):
         result = desktop.run(LINK)
         self.assertRegex(result.errors, r"\Avastel-connect: the link was refused: [^\n]+\n\Z")
         self.assertEqual((result.output, result.status), ("", 1))
+
+    def follow_where_open_is_refused(self, desktop, error):
+        """Follows a link while this process has the name, which it gives back when it answers the
+        call with an error of this name."""
+        def on_call(_bus, _sender, _path, _interface, _method, _parameters, invocation):
+            desktop.ask_bus("ReleaseName", NAME)
+            invocation.return_dbus_error(error, "as the test has it")
+
+        interface = Gio.DBusNodeInfo.new_for_xml(f"""<node><interface name="{INTERFACE}">
+            <method name="Open"><arg type="as" direction="in"/><arg type="a{{sv}}" direction="in"/>
+            </method></interface></node>""").interfaces[0]
+        number = desktop.bus.register_object(OBJECT, interface, on_call, None, None)
+        self.own_name(desktop)
+        owners = len(desktop.names_seen())
+        follower = desktop.start(LINK)
+        desktop.wait_until(lambda: len(desktop.names_seen()) > owners)
+        desktop.bus.unregister_object(number)
+        return follower
+
+    def test_an_error_that_says_nobody_is_there_makes_the_application_of_a_link(self):
+        desktop = Desktop(self, service=None)
+        for error in ("org.freedesktop.DBus.Error.ServiceUnknown",
+                      "org.freedesktop.DBus.Error.NameHasNoOwner",
+                      "org.freedesktop.DBus.Error.TimedOut",
+                      "org.freedesktop.DBus.Error.Spawn.ChildExited",
+                      "org.freedesktop.systemd1.LoadFailed"):
+            with self.subTest(error=error):
+                follower = self.follow_where_open_is_refused(desktop, error)
+                self.assertEqual(desktop.opened(), PAGE)
+                follower.banner()
+                desktop.wait_for_owner(follower.pid)
+                self.expect_silence(follower.end())
+
+    def test_any_other_error_refuses_a_link(self):
+        desktop = Desktop(self, service=None)
+        for error in ("org.freedesktop.DBus.Error.Failed", "org.freedesktop.DBus.Error.Spawn",
+                      "org.freedesktop.DBus.Error.AccessDenied", "org.freedesktop.systemd",
+                      "org.freedesktop.DBus.Error.LimitsExceeded",
+                      "x.org.freedesktop.systemd1.LoadFailed"):
+            with self.subTest(error=error):
+                result = self.follow_where_open_is_refused(desktop, error).finish()
+                self.assertEqual(result.errors,
+                                 "vastel-connect: the link was refused: as the test has it\n")
+                self.assertEqual((result.output, result.status), ("", 1))
 
     def test_a_start_waits_behind_a_foreign_owner(self):
         desktop = Desktop(self)
@@ -177,6 +224,20 @@ class ListenersTest(RoadTestCase):
         desktop.wait_until(lambda: answers)
         self.assertEqual(answers, [None])
         self.expect_silence(listener.finish())
+
+    def test_a_signal_comes_before_a_link_that_arrived_with_it(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        listener.send(signal.SIGSTOP)
+        answers = []
+        # Nobody takes their log lines: acted upon first, they would keep the signal waiting.
+        for _ in range(2):
+            desktop.call_open([bulky_link(100_000)], answers)
+        desktop.ask_bus("GetId")
+        listener.send(signal.SIGTERM)
+        listener.send(signal.SIGCONT)
+        self.assertEqual(listener.wait(), 0)
+        self.assertEqual(desktop.opened_all(2), [PAGE] * 2)
 
     # At rest.
 
