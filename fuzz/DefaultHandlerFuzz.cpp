@@ -54,7 +54,7 @@ bool isPlain(const std::string& text) {
   for (const char c : text) {
     const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
     const bool digit = c >= '0' && c <= '9';
-    if (!letter && !digit && std::string("%+,-./:;=@_").find(c) == std::string::npos) return false;
+    if (!letter && !digit && std::string("%+,-./:=@_").find(c) == std::string::npos) return false;
   }
   return true;
 }

@@ -52,4 +52,11 @@ class KeyFile {
   std::vector<Entry> entries_;
 };
 
+/// Whether a value is free of blanks and of all that has a meaning of its own in a value or on a
+/// command line.
+[[nodiscard]] bool isPlainValue(std::string_view value);
+
+/// The parts of `text` between separators, empty ones left out.
+[[nodiscard]] std::vector<std::string> splitText(std::string_view text, char separator);
+
 }  // namespace Vastel_Connect

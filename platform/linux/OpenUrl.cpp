@@ -1,10 +1,12 @@
 // Opening a page: by its default handler directly, or by an opener of the desktop's.
-#include <array>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "platform/Platform.h"
 #include "platform/linux/DefaultHandler.h"
 #include "platform/linux/Host.h"
+#include "platform/linux/MimeApps.h"
 #include "platform/linux/Scope.h"
 #include "platform/linux/Spawn.h"
 #include "text/Ascii.h"
@@ -20,9 +22,15 @@ bool start(const std::string& application, const std::string& program,
   return child.has_value();
 }
 
-bool startOpener(const std::vector<std::string>& arguments) {
-  const auto program = findProgram(arguments.front());
-  return program && start(arguments.front(), *program, arguments);
+/// Starts the first of the openers that is there.
+bool startOpener(const std::string& url) {
+  std::vector<std::vector<std::string>> openers = {{"gio", "open", url}, {"xdg-open", url}};
+  // By its name: xdg-open does not know each version of KDE, and then opens nothing.
+  if (isKde()) openers.insert(openers.begin(), {{"kde-open", url}, {"kde-open5", url}});
+  return std::any_of(openers.begin(), openers.end(), [](const auto& opener) {
+    const auto program = findProgram(opener.front());
+    return program && start(opener.front(), *program, opener);
+  });
 }
 
 }  // namespace
@@ -32,11 +40,7 @@ bool openUrl(std::string_view url) {
   if (const auto handler = findDefaultHandler(scheme, url)) {
     return start(handler->application, handler->program, handler->arguments);
   }
-  const std::string text(url);
-  const std::vector<std::string> gio = {"gio", "open", text};
-  const std::vector<std::string> xdg = {"xdg-open", text};
-  return desktopHasOwnBrowserChoice(scheme) ? startOpener(xdg) || startOpener(gio)
-                                            : startOpener(gio) || startOpener(xdg);
+  return startOpener(std::string(url));
 }
 
 }  // namespace Vastel_Connect::platform

@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "platform/linux/Environment.h"
+
 namespace Vastel_Connect {
 namespace {
 
@@ -26,15 +28,11 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
   return result;
 }
 
-bool hasWayland() {
-  const char* display = std::getenv("WAYLAND_DISPLAY");
-  return display != nullptr && *display != '\0';
-}
-
 std::vector<std::string> tokenVariables(const ActivationToken& token) {
   // GTK 3 programs send the token of Wayland by the name that X11's has, and by that alone.
-  const auto& activationToken =
-      token.activationToken || !hasWayland() ? token.activationToken : token.startupId;
+  const auto& activationToken = token.activationToken || environmentText("WAYLAND_DISPLAY").empty()
+                                    ? token.activationToken
+                                    : token.startupId;
   std::vector<std::string> variables;
   if (activationToken) variables.push_back("XDG_ACTIVATION_TOKEN=" + *activationToken);
   if (token.startupId) variables.push_back("DESKTOP_STARTUP_ID=" + *token.startupId);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "platform/linux/MimeApps.h"
 #include "tests/linux/PrivateFolder.h"
 
 namespace Vastel_Connect {
@@ -111,14 +112,17 @@ TEST_F(DefaultHandlerOfHttp, GetsTheUrlAsOneWord) {
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualCommandLine) {
   const std::string_view execs[] = {
-      "",           "one",          "%u",         "%u one",
-      "one %f",     "one %F",       "one %",      "one %% %u",
-      "one %i %u",  "one %c %u",    "one %k %u",  "one --url=%u",
-      "one %u%u",   "one %u %u",    "one \"%u\"", "\"one\" %u",
-      "one 'a' %u", "one a\\sb %u", "one\t%u",    "one $A %u",
-      "one ~ %u",   "one `a` %u",   "one a|b %u", "one a&b %u",
-      "none %u",    "/none/one %u", "bin/one %u", "./one %u",
-      "bin %u",     "one * %u",     "one # %u",   "one \xc3\xbc %u",
+      "",           "one",        "%u",
+      "%u one",     "one %f",     "one %F",
+      "one %",      "one %% %u",  "one %i %u",
+      "one %c %u",  "one %k %u",  "one --url=%u",
+      "one %u%u",   "one %u %u",  "one \"%u\"",
+      "\"one\" %u", "one 'a' %u", "one a\\sb %u",
+      "one\t%u",    "one $A %u",  "one ~ %u",
+      "one `a` %u", "one a|b %u", "one a&b %u",
+      "one a;b %u", "none %u",    "/none/one %u",
+      "bin/one %u", "./one %u",   "bin %u",
+      "one * %u",   "one # %u",   "one \xc3\xbc %u",
   };
   for (const std::string_view exec : execs) {
     EXPECT_EQ(command(std::string(exec)), "not plain") << exec;
@@ -249,14 +253,81 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnEndlessList) {
   EXPECT_FALSE(isPlain());
 }
 
-TEST(DesktopHasOwnBrowserChoice, OnKdeForWebPages) {
+/// On KDE an answer is plain only where its own opener gives the same one.
+class DefaultHandlerOnKde : public DefaultHandlerOfHttp {
+ protected:
+  DefaultHandlerOnKde() {
+    environment.set("XDG_CURRENT_DESKTOP", "KDE");
+    writeChoices("");
+  }
+
+  /// The choices of the user, in a file that goes on with `more`.
+  void writeChoices(const std::string& more) {
+    folder.write("config/mimeapps.list",
+                 "[Default Applications]\nx-scheme-handler/http=alpha.desktop;\n"
+                 "x-scheme-handler/https=alpha.desktop;\nx-scheme-handler/tel=alpha.desktop;\n" +
+                     more);
+  }
+};
+
+TEST_F(DefaultHandlerOnKde, IsPlainWhereTheUserHasChosen) {
+  EXPECT_TRUE(isPlain("http"));
+  EXPECT_TRUE(isPlain("https"));
+  EXPECT_TRUE(isPlain("tel"));
+}
+
+TEST_F(DefaultHandlerOnKde, IsThatOfHttpsForHttp) {
+  writeChoices("x-scheme-handler/https=beta.desktop;\n");
+  EXPECT_FALSE(isPlain("http"));
+  folder.write("share/applications/beta.desktop",
+               "[Desktop Entry]\nType=Application\nName=B\nExec=one %u\n");
+  EXPECT_FALSE(isPlain("http"));
+  EXPECT_TRUE(isPlain("https"));
+}
+
+TEST_F(DefaultHandlerOnKde, IsNotPlainByFilesThatKdeDoesNotRead) {
+  folder.write("config/kde-mimeapps.list",
+               "[Default Applications]\nx-scheme-handler/tel=beta.desktop;\n");
+  EXPECT_TRUE(isPlain("https"));
+  EXPECT_FALSE(isPlain("tel"));
+  folder.write("config/mimeapps.list", "");
+  folder.write("share/applications/defaults.list",
+               "[Default Applications]\nx-scheme-handler/https=alpha.desktop;\n");
+  EXPECT_FALSE(isPlain("https"));
+}
+
+TEST_F(DefaultHandlerOnKde, IsNotPlainWhereAssociationsHaveASay) {
+  writeChoices("[Added Associations]\nx-scheme-handler/tel=beta.desktop;\n");
+  EXPECT_TRUE(isPlain("tel"));
+  writeChoices("[Removed Associations]\nx-scheme-handler/tel=beta.desktop;\n");
+  EXPECT_FALSE(isPlain("tel"));
+  folder.write("etc/mimeapps.list",
+               "[Default Applications]\nx-scheme-handler/tel=alpha.desktop;\n");
+  folder.write("config/mimeapps.list", "");
+  EXPECT_TRUE(isPlain("tel"));
+  folder.write("config/mimeapps.list",
+               "[Added Associations]\nx-scheme-handler/tel=beta.desktop;\n");
+  EXPECT_FALSE(isPlain("tel"));
+}
+
+TEST_F(DefaultHandlerOnKde, IsNotPlainWithoutAChoiceOrItsEntry) {
+  folder.write("share/applications/mimeinfo.cache",
+               "[MIME Cache]\nx-scheme-handler/sip=alpha.desktop;\n");
+  EXPECT_FALSE(isPlain("sip"));
+  folder.write("config/mimeapps.list",
+               "[Default Applications]\nx-scheme-handler/tel=gone.desktop;alpha.desktop;\n");
+  EXPECT_FALSE(isPlain("tel"));
+}
+
+TEST(IsKde, ByAnyNameOfTheDesktop) {
   ScopedEnvironment environment;
   environment.set("XDG_CURRENT_DESKTOP", "Other:kDe");
-  EXPECT_TRUE(desktopHasOwnBrowserChoice("http"));
-  EXPECT_TRUE(desktopHasOwnBrowserChoice("https"));
-  EXPECT_FALSE(desktopHasOwnBrowserChoice("mailto"));
-  environment.set("XDG_CURRENT_DESKTOP", "GNOME:KDEX");
-  EXPECT_FALSE(desktopHasOwnBrowserChoice("http"));
+  EXPECT_TRUE(isKde());
+  for (const auto& other :
+       {std::optional<std::string>("GNOME:KDEX"), std::optional<std::string>()}) {
+    environment.set("XDG_CURRENT_DESKTOP", other);
+    EXPECT_FALSE(isKde());
+  }
 }
 
 }  // namespace

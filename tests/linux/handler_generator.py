@@ -59,6 +59,8 @@ ODD_LINES = [
 class Generator:
     """Makes one layout, which depends on the seed alone."""
 
+    urls = URLS
+
     def __init__(self, seed):
         self.rng = random.Random(seed)
         self.oddness = self.rng.choice([0, 0, 0.02, 0.1])
@@ -72,7 +74,7 @@ class Generator:
     def layout(self):
         """Leaves the names of the applications with an everyday entry in `plain_entries`."""
         rng = self.rng
-        url = rng.choice(URLS)
+        url = rng.choice(self.urls)
         self.type = "x-scheme-handler/" + url.partition(":")[0].lower()
         self.files = {}
         self.plain_entries = set()

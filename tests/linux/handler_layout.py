@@ -1,5 +1,6 @@
 """Folders with all that says which application opens what, and what becomes of a URL in them."""
 
+import contextlib
 import os
 import subprocess
 import tempfile
@@ -53,15 +54,17 @@ class Layout:
     def scheme(self):
         return self.url.partition(":")[0].lower()
 
-    def answers(self):
-        """Our answer and GIO's. GIO launches the URL only when our answer is plain."""
+    @contextlib.contextmanager
+    def made(self):
+        """The environment of programs in the layout, and the folder that holds it."""
         with tempfile.TemporaryDirectory() as root:
             self.make(root)
-            environment = {
-                name: value.replace("@/", f"{root}/")
-                for name, value in self.environment.items()
-                if value is not None
-            }
+            yield {name: value.replace("@/", f"{root}/")
+                   for name, value in self.environment.items() if value is not None}, root
+
+    def answers(self):
+        """Our answer and GIO's. GIO launches the URL only when our answer is plain."""
+        with self.made() as (environment, root):
             ours = Answer.ours(self, environment, root)
             return ours, Answer.of_gio(self, environment, root, launches=ours.application)
 

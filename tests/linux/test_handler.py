@@ -325,7 +325,7 @@ class HandlerEntries(HandlerTestCase):
 
     def test_unusual_command_lines_are_not_plain(self):
         for command in ("one", "one %f", "one %i %u", "one %c %u", "one 100%% %u", "one 'a b' %u",
-                        '"one" %u', "one a\\\\b %u", "one --url=%u", "one %u %u"):
+                        '"one" %u', "one a\\\\b %u", "one a;b %u", "one --url=%u", "one %u %u"):
             with self.subTest(command):
                 self.assert_entry_not_plain("alpha", entry(command))
 
@@ -362,9 +362,13 @@ class HandlerEnvironment(HandlerTestCase):
             ours, _ = layout.answers()
             self.assertIsNone(ours.application, layout)
 
-    def test_kde_is_not_plain(self):
+    def test_kde_is_plain_where_somebody_has_chosen(self):
+        self.assert_plain("beta", BOTH | {
+            "config/mimeapps.list": lists("beta.desktop") + lists("beta.desktop").replace(
+                "http=", "https="),
+        }, {"XDG_CURRENT_DESKTOP": "KDE"})
         self.assert_not_plain("beta", BOTH | {
-            "config/mimeapps.list": lists("beta.desktop"),
+            "share2/applications/mimeinfo.cache": cache("beta.desktop;alpha.desktop;"),
         }, {"XDG_CURRENT_DESKTOP": "KDE"})
 
 

@@ -66,13 +66,22 @@ class HandlersTest(RoadTestCase):
         self.assertEqual(listener.messages(4), page_messages(link, "other:page"))
         self.expect_link(desktop, listener)
 
-    def test_kde_is_left_its_own_choice_of_browser(self):
+    def test_the_choice_of_a_user_of_kde_is_started_without_an_opener(self):
         desktop = Desktop(self)
-        desktop.install_handler(("http", "https", "other"))
         self.listen_with_openers(desktop, XDG_CURRENT_DESKTOP="KDE")
-        self.expect_opener(desktop, PAGE, "xdg-open", PAGE)
-        self.expect_opener(desktop, "http://page.test/", "xdg-open", "http://page.test/")
-        self.expect_opener(desktop, "other:page", "browser", "other:page")
+        for page in (PAGE + "a%20b?c=%26&d#e", "http://page.test/%20"):
+            self.expect_opener(desktop, page, "browser", page)
+
+    def test_kde_is_asked_by_its_own_opener_whatever_its_version(self):
+        desktop = Desktop(self)
+        openers = [("kde-open",), ("kde-open5",), ("gio", "open"), ("xdg-open",)]
+        for version in ("5", "6", None, "none"):
+            self.listen_with_openers(desktop, *(opener[0] for opener in openers),
+                                     XDG_CURRENT_DESKTOP="KDE", KDE_SESSION_VERSION=version)
+            for opener in openers:
+                with self.subTest(version=version, opener=opener):
+                    self.expect_opener(desktop, "other:page", *opener, "other:page")
+                os.remove(f"{desktop.folder}/openers/{opener[0]}")
 
     def test_the_real_opener_finds_a_handler_that_is_not_plain(self):
         desktop = Desktop(self)

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vastel_Connect {
+
+/// A folder that may say which application opens what.
+struct MimeFolder {
+  std::string path;
+  /// Whether the applications' desktop entries are in such folders too.
+  bool holdsEntries;
+};
+
+/// The user's before the system's, those of choices before those of applications. Absent when one
+/// is not an absolute path.
+[[nodiscard]] std::optional<std::vector<MimeFolder>> findMimeFolders();
+
+/// A desktop entry that may be the one.
+struct Candidate {
+  std::string id;
+  /// The number of the first folder whose entry of that name was meant: those before it must not
+  /// have one.
+  std::size_t firstFolder = 0;
+};
+
+/// Desktop entries to be tried for a type, best first; absent when a file is not plain.
+using Candidates = std::optional<std::vector<Candidate>>;
+
+/// Those that one folder chooses.
+[[nodiscard]] Candidates findDefaults(const MimeFolder& folder, const std::string& type);
+
+/// Those that take the type.
+[[nodiscard]] Candidates findAssociated(const std::vector<MimeFolder>& folders,
+                                        const std::string& type);
+
+/// Whether the desktop is KDE, where an answer is plain only if KDE's own opener gives it, too.
+[[nodiscard]] bool isKde();
+
+}  // namespace Vastel_Connect

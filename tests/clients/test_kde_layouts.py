@@ -1,0 +1,173 @@
+"""The default handler that the program finds by itself on KDE, against what KDE's own opener starts
+in the same folders.
+
+Whenever our answer is plain, KDE's opener starts the same program with the same arguments.
+"""
+
+import concurrent.futures
+import os
+import re
+import shutil
+import subprocess
+import unittest
+
+from handler_generator import CONFIG_FOLDERS, Generator
+from handler_layout import Answer, Layout
+
+LAYOUTS = 600
+OPENER = shutil.which("kde-open") or shutil.which("kde-open5")
+WEB = ("http", "https")
+
+# KDE knows the entries that a menu has: all of them.
+MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN" "">
+<Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>
+"""
+MENUS = {f"{folder}/menus/{prefix}applications.menu": MENU
+         for folder in CONFIG_FOLDERS for prefix in ("", "kf5-")}
+# The forms of KDE's older setting for the browser.
+BROWSERS = ["", "alpha.desktop", "beta.desktop", "alpha", "!@/bin/two --set", "!two", "none.desktop"]
+
+
+def entry(command):
+    return f"[Desktop Entry]\nType=Application\nName=A\nExec={command}\n"
+
+
+def chosen(ids, *schemes, group="Default Applications"):
+    return f"[{group}]\n" + "".join(f"x-scheme-handler/{scheme}={ids}\n" for scheme in schemes)
+
+
+class KdeLayout(Layout):
+    def __init__(self, files, environment=None, url="https://127.0.0.1/"):
+        super().__init__(MENUS | files, {"XDG_CURRENT_DESKTOP": "KDE"} | (environment or {}), url)
+
+    def answers(self):
+        """Our answer; the program that KDE's opener starts, and its arguments. The opener is asked
+        only when our answer is plain."""
+        with self.made() as (environment, root):
+            ours = Answer.ours(self, environment, root)
+            return ours, self.launch_by_kde(environment, root) if ours.application else None
+
+    def kde(self):
+        with self.made() as (environment, root):
+            return self.launch_by_kde(environment, root)
+
+    def launch_by_kde(self, environment, root):
+        os.mkdir(f"{root}/run", 0o700)
+        own = {"XDG_CACHE_HOME": f"{root}/cache", "XDG_RUNTIME_DIR": f"{root}/run",
+               "QT_QPA_PLATFORM": "offscreen"}
+        done = subprocess.run([OPENER, self.url], env=environment | own, cwd=root, timeout=60,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+        # Its end is that of the handler's output.
+        return launch(Answer.from_bytes(b"\0" + done.stdout, root))
+
+
+def launch(answer):
+    """The program and its arguments without its name, which KDE writes as a path."""
+    return answer.launch[:1] + answer.launch[2:]
+
+
+class KdeGenerator(Generator):
+    """Layouts of KDE, in which each entry puts its own path on its command line."""
+
+    urls = ["http://127.0.0.1:8080/?a=1", "https://127.0.0.1:8080/#a", "made:page"]
+
+    def layout(self):
+        layout = super().layout()
+        return KdeLayout(layout.files, layout.environment, layout.url)
+
+    def make_environment(self):
+        return super().make_environment() | {
+            "XDG_CURRENT_DESKTOP": self.rng.choice(["KDE", "KDE", "KDE", "Made:KDE"])}
+
+    def add_associations(self, folder):
+        super().add_associations(folder)
+        if self.often(0.05):
+            self.files[f"{folder}/kde-mimeapps.list"] = self.association_text(
+                ["Default Applications", "Added Associations", "Removed Associations"])
+        if folder in CONFIG_FOLDERS and self.often(0.3):
+            self.files[f"{folder}/kdeglobals"] = (
+                f"[General]\nBrowserApplication={self.rng.choice(BROWSERS)}\n")
+
+    def association_text(self, groups):
+        """Most choose the same for both schemes of the web."""
+        def add_other(match):
+            (other,) = {*WEB} - {match[1]}
+            ids = match[2] if self.often(0.9) else "=" + self.id_list()
+            return match[0] if self.often(0.1) else (
+                f"{match[0]}\nx-scheme-handler/{other}{ids}")
+
+        text = super().association_text(groups)
+        return re.sub("(?m)^x-scheme-handler/(https?)(.*)$", add_other, text)
+
+    def add_entry(self, path):
+        super().add_entry(path)
+        name = re.sub("[^a-z0-9/.-]", "_", path)
+        text = re.sub("(?m)^(Exec ?=.*) (%[uU])", rf"\1 --of={name} \2", self.files[path])
+        if self.often(0.8):
+            types = "".join(f"x-scheme-handler/{scheme};" for scheme in (*WEB, "made"))
+            text = text.replace("[Desktop Action", f"MimeType={types}\n[Desktop Action", 1)
+        self.files[path] = text
+
+
+def examine(seed):
+    layout = KdeGenerator(seed).layout()
+    return layout, *layout.answers()
+
+
+@unittest.skipUnless(OPENER, "not installed: kde-open")
+class KdeLayouts(unittest.TestCase):
+    ENTRIES = {"share2/applications/alpha.desktop": entry("one --alpha %u"),
+               "share2/applications/beta.desktop": entry("two --beta %U")}
+
+    def assert_plain(self, program, files, url="https://127.0.0.1/"):
+        layout = KdeLayout(self.ENTRIES | files, url=url)
+        ours, kde = layout.answers()
+        self.assertEqual(ours.launch[:1], ["@/bin/" + program], layout)
+        self.assertEqual(launch(ours), kde, layout)
+
+    def assert_not_plain(self, files, url="https://127.0.0.1/"):
+        layout = KdeLayout(self.ENTRIES | files, url=url)
+        self.assertIsNone(layout.answers()[0].application, layout)
+
+    def test_choice_of_the_user(self):
+        files = {"config/mimeapps.list": chosen("beta.desktop;alpha.desktop;", *WEB, "made")}
+        for url in KdeGenerator.urls:
+            self.assert_plain("two", files, url)
+
+    def test_choice_of_the_system(self):
+        for folder in ("etc2", "share1/applications"):
+            self.assert_plain("two", {f"{folder}/mimeapps.list": chosen("beta.desktop", *WEB)})
+
+    def test_choice_wins_over_the_older_setting(self):
+        for browser in BROWSERS:
+            self.assert_plain("two", {
+                "config/mimeapps.list": chosen("beta.desktop", *WEB),
+                "config/kdeglobals": f"[General]\nBrowserApplication={browser}\n"})
+
+    def test_choice_for_https_is_that_for_http(self):
+        files = {"config/mimeapps.list": chosen("beta.desktop", "https") +
+                                         chosen("alpha.desktop", "http")}
+        self.assert_plain("two", files)
+        self.assert_not_plain(files, "http://127.0.0.1/")
+        self.assertEqual(KdeLayout(self.ENTRIES | files, url="http://127.0.0.1/").kde(),
+                         ["@/bin/two", "--beta", "http://127.0.0.1/"])
+
+    def test_file_of_the_desktop_is_not_plain(self):
+        files = {"config/mimeapps.list": chosen("beta.desktop", *WEB),
+                 "share1/applications/kde-mimeapps.list": chosen("alpha.desktop", *WEB)}
+        self.assert_plain("two", files)
+        self.assert_not_plain(files | {"config/kde-mimeapps.list": chosen("alpha.desktop", *WEB)})
+
+    def test_no_choice_is_not_plain(self):
+        self.assert_not_plain({"share2/applications/mimeinfo.cache": chosen(
+            "beta.desktop;", *WEB, group="MIME Cache")})
+
+    def test_many_layouts(self):
+        plain = 0
+        with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as workers:
+            for layout, ours, kde in workers.map(examine, range(LAYOUTS), chunksize=8):
+                if ours.application:
+                    self.assertEqual(launch(ours), kde, layout)
+                    plain += 1
+        print(f"{plain} of {LAYOUTS} answers are plain")
+        self.assertGreater(plain, LAYOUTS / 8)
