@@ -13,8 +13,9 @@ set_target_properties(Vastel_Connect PROPERTIES
   XCODE_ATTRIBUTE_CODE_SIGN_STYLE Manual
   XCODE_ATTRIBUTE_CODE_SIGN_IDENTITY ${CONNECT_SIGNING_IDENTITY}
   XCODE_ATTRIBUTE_CODE_SIGN_ENTITLEMENTS ${entitlements}
-  XCODE_ATTRIBUTE_CODE_SIGN_INJECT_BASE_ENTITLEMENTS NO
-  XCODE_ATTRIBUTE_ENABLE_HARDENED_RUNTIME YES)
+  # What is hardened lets no debugger in.
+  "XCODE_ATTRIBUTE_CODE_SIGN_INJECT_BASE_ENTITLEMENTS[variant=Release]" NO
+  "XCODE_ATTRIBUTE_ENABLE_HARDENED_RUNTIME[variant=Release]" YES)
 
 find_program(CONNECT_XCRUN xcrun)
 execute_process(COMMAND ${CONNECT_XCRUN} --find ibtool
@@ -33,8 +34,11 @@ if(CMAKE_GENERATOR STREQUAL "Xcode")
   return()
 endif()
 
-set(compiled_interface ${CMAKE_CURRENT_BINARY_DIR}/MainMenu.nib)
+# ibtool makes a file or a folder, as it likes: it writes where the result belongs.
+set(resources ${PROJECT_BINARY_DIR}/Vastel_Connect.app/Contents/Resources)
+set(compiled_interface ${resources}/MainMenu.nib)
 add_custom_command(OUTPUT ${compiled_interface}
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${resources}
   COMMAND ${ibtool} --errors --warnings --notices --output-format human-readable-text
     --minimum-deployment-target ${CMAKE_OSX_DEPLOYMENT_TARGET}
     --compile ${compiled_interface} ${interface}
@@ -46,12 +50,11 @@ if(CONNECT_SIGNING_IDENTITY STREQUAL "-")
 endif()
 # The signature covers the resources, so both are one step: CMake's own copying of resources is not
 # ordered before anything.
-set(resources $<TARGET_BUNDLE_CONTENT_DIR:Vastel_Connect>/Resources)
 add_custom_target(bundle ALL
-  COMMAND ${CMAKE_COMMAND} -E make_directory ${resources}
-  COMMAND ${CMAKE_COMMAND} -E copy ${compiled_interface} ${icon} ${resources}
-  COMMAND codesign --force --options runtime ${time_stamp} --entitlements ${entitlements}
-    --sign ${CONNECT_SIGNING_IDENTITY} $<TARGET_BUNDLE_DIR:Vastel_Connect>
+  COMMAND ${CMAKE_COMMAND} -E copy ${icon} ${resources}
+  COMMAND codesign --force "$<$<CONFIG:Release>:--options;runtime>" ${time_stamp}
+    --entitlements ${entitlements} --sign ${CONNECT_SIGNING_IDENTITY}
+    $<TARGET_BUNDLE_DIR:Vastel_Connect>
   DEPENDS ${compiled_interface}
-  COMMENT "Filling and signing the bundle" VERBATIM)
+  COMMENT "Filling and signing the bundle" COMMAND_EXPAND_LISTS VERBATIM)
 add_dependencies(bundle Vastel_Connect)

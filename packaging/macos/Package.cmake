@@ -18,14 +18,12 @@ if(CONNECT_INSTALLER_IDENTITY)
   set(CPACK_PKGBUILD_IDENTITY_NAME ${CONNECT_INSTALLER_IDENTITY})
   set(CPACK_PRODUCTBUILD_IDENTITY_NAME ${CONNECT_INSTALLER_IDENTITY})
 endif()
-# For the whole computer, never for one user's home.
+# What the Installer is told is our own: CPack's wants a licence to be agreed to, and names no
+# architectures, without which a Mac with Apple silicon asks for Rosetta. The domains stand in it;
+# with the variable, CPack leaves out what they replace.
 set(CPACK_PRODUCTBUILD_DOMAINS ON)
-set(CPACK_PRODUCTBUILD_DOMAINS_ANYWHERE OFF)
-set(CPACK_PRODUCTBUILD_DOMAINS_USER OFF)
-set(CPACK_PRODUCTBUILD_DOMAINS_ROOT ON)
-# A description of the archive of our own: CPack's wants a licence to be agreed to.
 set(CPACK_DEPLOYMENT_TARGET ${CMAKE_OSX_DEPLOYMENT_TARGET})
-list(PREPEND CMAKE_MODULE_PATH ${packaging}/modules)
+list(PREPEND CMAKE_MODULE_PATH ${packaging})
 include(CPack)
 # An upgrade must not chase a copy that somebody moved elsewhere.
 cpack_add_component(application DISPLAY_NAME "Vastel Connect" REQUIRED

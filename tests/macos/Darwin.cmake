@@ -1,0 +1,15 @@
+# A Mac whose tools are stubs, in the folder CONNECT_STUBS of the environment.
+set(CMAKE_SYSTEM_NAME Darwin)
+set(CMAKE_SYSTEM_VERSION 24)
+set(CMAKE_OSX_SYSROOT $ENV{CONNECT_STUBS})
+foreach(language CXX OBJCXX)
+  set(CMAKE_${language}_COMPILER $ENV{CONNECT_STUBS}/c++)
+  # Nothing is compiled to find out about it.
+  set(CMAKE_${language}_COMPILER_FORCED TRUE)
+  set(CMAKE_${language}_COMPILER_ID_RUN TRUE)
+  set(CMAKE_${language}_COMPILER_ID AppleClang)
+  set(CMAKE_${language}_COMPILER_VERSION 17)
+  set(CMAKE_${language}_STANDARD_COMPUTED_DEFAULT 17)
+  set(CMAKE_${language}_EXTENSIONS_COMPUTED_DEFAULT ON)
+  set(CMAKE_${language}_COMPILE_FEATURES cxx_std_11 cxx_std_14 cxx_std_17 cxx_std_20)
+endforeach()
