@@ -6,9 +6,13 @@
 #include <sstream>
 
 // begin
-#include "json/mapping/Decoder.h"
-#include "json/mapping/Encoder.h"
-#include "json/mapping/JoinJson.h"
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "json/Json.h"
+#include "json/RawValue.h"
+#include "json/mapping/Date.h"
 
 namespace Vastel_Connect {
 
@@ -29,18 +33,8 @@ struct Caller {
   std::string name;
   std::optional<std::string> number;
 
-  static std::optional<Caller> fromJson(const JSON& json) {
-    const auto name = Decoder::decode<std::string>("name")(json);
-    if (!name) return std::nullopt;
-    return Caller{*name, Decoder::decode<std::string>("number")(json)};
-  }
-
-  std::optional<JSON> toJson() const {
-    return Encoder::joinJson({
-        Encoder::encode<std::string>("name")(name),
-        Encoder::encode<std::string>("number")(number),
-    });
-  }
+  [[nodiscard]] static std::optional<Caller> fromJson(const JSON& json);
+  [[nodiscard]] std::optional<JSON> toJson() const;
 
   bool operator==(const Caller&) const = default;
 };
@@ -51,26 +45,52 @@ struct CallReport {
   Caller caller;
   std::vector<std::string> tags;
 
-  static std::optional<CallReport> fromJson(const JSON& json) {
-    const auto state = Decoder::decodeEnum<CallState>("call.state")(json);
-    const auto startedAt = Decoder::decodeDate("call.startedAt")(json);
-    const auto caller = Decoder::decodeRecord<Caller>("caller")(json);
-    const auto tags = Decoder::decode<std::vector<std::string>>("tags")(json);
-    if (!state || !startedAt || !caller || !tags) return std::nullopt;
-    return CallReport{*state, *startedAt, *caller, *tags};
-  }
-
-  std::optional<JSON> toJson() const {
-    return Encoder::joinJson({
-        Encoder::encodeEnum<CallState>("call.state")(state),
-        Encoder::encodeDate("call.startedAt")(startedAt),
-        Encoder::encodeRecord<Caller>("caller")(caller),
-        Encoder::encode<std::vector<std::string>>("tags")(tags),
-    });
-  }
+  [[nodiscard]] static std::optional<CallReport> fromJson(const JSON& json);
+  [[nodiscard]] std::optional<JSON> toJson() const;
 
   bool operator==(const CallReport&) const = default;
 };
+// end
+
+}  // namespace Vastel_Connect
+
+// begin
+#include "json/mapping/Decoder.h"
+#include "json/mapping/Encoder.h"
+#include "json/mapping/JoinJson.h"
+
+namespace Vastel_Connect {
+
+std::optional<Caller> Caller::fromJson(const JSON& json) {
+  const auto name = Decoder::decode<std::string>("name")(json);
+  if (!name) return std::nullopt;
+  return Caller{*name, Decoder::decode<std::string>("number")(json)};
+}
+
+std::optional<JSON> Caller::toJson() const {
+  return Encoder::joinJson({
+      Encoder::encode<std::string>("name")(name),
+      Encoder::encode<std::string>("number")(number),
+  });
+}
+
+std::optional<CallReport> CallReport::fromJson(const JSON& json) {
+  const auto state = Decoder::decodeEnum<CallState>("call.state")(json);
+  const auto startedAt = Decoder::decodeDate("call.startedAt")(json);
+  const auto caller = Decoder::decodeRecord<Caller>("caller")(json);
+  const auto tags = Decoder::decode<std::vector<std::string>>("tags")(json);
+  if (!state || !startedAt || !caller || !tags) return std::nullopt;
+  return CallReport{*state, *startedAt, *caller, *tags};
+}
+
+std::optional<JSON> CallReport::toJson() const {
+  return Encoder::joinJson({
+      Encoder::encodeEnum<CallState>("call.state")(state),
+      Encoder::encodeDate("call.startedAt")(startedAt),
+      Encoder::encodeRecord<Caller>("caller")(caller),
+      Encoder::encode<std::vector<std::string>>("tags")(tags),
+  });
+}
 
 static_assert(Glossy<Caller> && Glossy<CallReport>);
 // end
@@ -127,7 +147,7 @@ std::vector<std::string> blocks(const std::string& text, std::string_view begin,
 TEST(JsonDoc, HoldsTheseExamples) {
   const auto examples =
       blocks(readData("../json/mapping/JsonDocExample.cpp"), "// begin", "// end");
-  EXPECT_EQ(examples.size(), 4);
+  EXPECT_EQ(examples.size(), 5);
   EXPECT_EQ(blocks(readData("../../docs/json.md"), "```cpp", "```"), examples);
 }
 
