@@ -1,11 +1,14 @@
 # The program, and the files through which the desktop sends it links.
 
 install(TARGETS vastel-connect RUNTIME)
-install(FILES ${packaging}/com.vastel.Connect.metainfo.xml
+foreach(name IN ITEMS com.vastel.Connect.metainfo.xml vastel-connect.1)
+  configure_file(${packaging}/${name}.in ${name} @ONLY)
+endforeach()
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/com.vastel.Connect.metainfo.xml
   DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES ${packaging}/com.vastel.Connect.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
-install(FILES ${packaging}/vastel-connect.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vastel-connect.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${packaging}/completions/vastel-connect.bash RENAME vastel-connect
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES ${packaging}/completions/_vastel-connect

@@ -8,6 +8,7 @@ endfunction()
 connect_document_tests(test_deploy.py)
 connect_document_tests(test_installed.py packages)
 connect_document_tests(test_links.py)
+connect_document_tests(test_tables.py)
 connect_document_tests(test_troubleshooting.py)
 
 add_test(NAME Pictures.ShowWhatHappens
