@@ -49,7 +49,7 @@ class Tree:
 
     def __init__(self, test, archive=ARCHIVE, around=(), first=FIRST_PROCESS):
         if not os.path.exists(archive):
-            raise unittest.SkipTest("Tree.IsMade was skipped")
+            raise unittest.SkipTest("No tree was made")
         self._enter = ["--user", "--preserve-credentials"] if os.getuid() else []
         self._starter = subprocess.Popen(
             [*around, HERE + "/in-namespaces", HERE + "/start-tree", archive, *first],
