@@ -20,6 +20,8 @@ CHROMIUM_SWITCHES = ["--no-sandbox", "--no-first-run", "--no-default-browser-che
                      "--disable-background-networking", "--disable-component-update",
                      "--disable-sync", "--disable-gpu", "--disable-dev-shm-usage",
                      "--password-store=basic"]
+# A name that is not loopback's, for a site that is.
+OTHER_NAME = "--host-resolver-rules=MAP phone.test 127.0.0.1"
 
 # Puts files over those of /etc, for one command and what it starts.
 OWN_FOLDERS = ["unshare", "--mount"]
@@ -97,6 +99,7 @@ class Site:
 
         server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
         self.origin = f"http://127.0.0.1:{server.server_port}"
+        self.plain_origin = f"http://phone.test:{server.server_port}"
         threading.Thread(target=server.serve_forever, daemon=True).start()
         test.addCleanup(server.server_close)
         test.addCleanup(server.shutdown)
@@ -131,7 +134,7 @@ class Chromium:
             pass
         self._session = f"http://127.0.0.1:{line.split()[-1].rstrip('.')}"
         # A browser with that switch takes no page from a second start of it.
-        options = {"binary": shutil.which("chromium"), "args": switches,
+        options = {"binary": shutil.which("chromium"), "args": [*switches, OTHER_NAME],
                    "excludeSwitches": ["enable-automation"]}
         session = self._command("POST", "/session", {
             "capabilities": {"alwaysMatch": {"goog:chromeOptions": options}}})

@@ -408,10 +408,11 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
 
 
     def _start_screen(self):
-        screen = self.spawn("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-screen", "0",
-                            "1024x768x24", streams={"stderr": subprocess.DEVNULL})
+        screen = self.spawn("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset", "-screen",
+                            "0", "1024x768x24", streams={"stderr": subprocess.DEVNULL})
         self._environment["DISPLAY"] = ":" + screen.output.next()
         self._environment["XDG_DATA_DIRS"] += ":/usr/local/share:/usr/share"
+        self._environment["XDG_CONFIG_DIRS"] = "/etc/xdg"
 
     def start_bus(self):
         address = f"unix:path={self.folder}/bus"

@@ -1,0 +1,73 @@
+"""What the tests with real clients have in common."""
+
+import shutil
+
+from browser import encode_record
+from desktop import page_link
+from road import messages_of, page_messages
+
+# Whose names in XDG_CURRENT_DESKTOP `xdg-open` and browsers go by.
+DESKTOPS = ["GNOME", "ubuntu:GNOME", "KDE", "XFCE", "MATE", "LXQt", "X-Cinnamon", "LXDE", "sway"]
+
+KDE_OPENER = "kde-open5" if shutil.which("kde-open5") else "kde-open"
+
+# Each desktop's own opener, and the desktop that it runs on here.
+OWN_OPENERS = {
+    "gio open": (["gio", "open"], "GNOME"),
+    "exo-open": (["exo-open"], "XFCE"),
+    "qtxdg-mat": (["qtxdg-mat", "open"], "LXQt"),
+    KDE_OPENER: ([KDE_OPENER], "KDE"),
+}
+OPENERS = {**OWN_OPENERS,
+           **{f"xdg-open as {name}": (["xdg-open"], name) for name in DESKTOPS}}
+
+# These take a link apart as they would the address of a host.
+READ_HOSTS = [KDE_OPENER, "qtxdg-mat", "xdg-open as KDE"]
+
+
+def session_variables(desktop):
+    """What the session of a desktop of this name sets; None: a session of no desktop."""
+    variables = {"XDG_CURRENT_DESKTOP": desktop}
+    if desktop == "KDE":
+        variables |= {"KDE_FULL_SESSION": "true",
+                      "KDE_SESSION_VERSION": "5" if KDE_OPENER == "kde-open5" else "6"}
+    return variables
+
+
+def page_of(name):
+    """A page whose address changes when somebody reads it."""
+    return f"https://page.test/{name}?number=+31201234567&name=Jansen,%20M.#call"
+
+
+def link_to(page, prefix="screenpop:"):
+    """A link whose base64 has all three signs of base64."""
+    payload = encode_record({"WebPage": page})
+    assert set("+/=") <= set(payload)
+    return prefix + payload
+
+
+# What README.md says of links that no client should send.
+BAD = [
+    ("screenpop:", "Could not decode"),
+    ("screenpop:eyJXZWJQYWdlIjogImh0dHBzOi8", "Could not decode"),
+    ("screenpop:" + page_link(page_of("twice"), "screenpop://"), "Could not decode"),
+    ("screenpop:" + "A" * 100_000, "no webpage to open"),
+]
+
+
+def expect_recovery(test, desktop, listener, follow):
+    """Follows bad links, and after each of them a good one, which works."""
+    good = page_of("next")
+    for text, message in BAD:
+        with test.subTest(text=text[:100]):
+            follow(text)
+            test.assertEqual(listener.messages(4), messages_of(text, "process screenpop", message))
+            follow(link_to(good))
+            test.assertEqual(listener.messages(4), page_messages(link_to(good), good))
+            test.assertEqual(desktop.opened(), good)
+
+
+def installed(openers):
+    """Those of the openers whose program is installed, and the names of the others."""
+    found = {name: opener for name, opener in openers.items() if shutil.which(opener[0][0])}
+    return found, sorted(set(openers) - set(found))
