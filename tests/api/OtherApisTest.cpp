@@ -22,6 +22,14 @@ TEST(OtherApis, AreBuiltWithTheirOptionalMembersAbsent) {
   EXPECT_FALSE(struct_HotKeyStateApi().FailReason);
 }
 
+TEST(OtherApis, BeginWithNoKeyNoModifierAndNoSuccess) {
+  const struct_SetHotKeyApi key;
+  EXPECT_FALSE(key.ModifierAlt || key.ModifierCommand || key.ModifierCtrl || key.ModifierShift);
+  EXPECT_EQ(key.VirtualKey, 0);
+  EXPECT_EQ(key.ReadDelay, 0);
+  EXPECT_FALSE(struct_HotKeyStateApi().Result);
+}
+
 TEST(OtherApis, HoldAllTheirMembers) {
   const struct_MakeCallApi call{.Number = "204"};
   EXPECT_EQ(call.Number, "204");
