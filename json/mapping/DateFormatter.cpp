@@ -61,13 +61,14 @@ std::string offsetText(minutes offset, std::string_view separator) {
 }
 
 std::string pieceText(const DatePiece& piece, Fields& fields) {
+  const minutes offset = fields.offset.value_or(minutes(0));
   switch (piece.field) {
     case DateField::Literal:
       return piece.literal;
     case DateField::Offset:
-      return offsetText(*fields.offset, "");
+      return offsetText(offset, "");
     case DateField::IsoOffset:
-      return *fields.offset == minutes(0) ? "Z" : offsetText(*fields.offset, ":");
+      return offset == minutes(0) ? "Z" : offsetText(offset, ":");
     default:
       return digits(*fields.number(piece.field), digitsOf(piece.field));
   }
@@ -182,6 +183,7 @@ std::optional<Date> DateFormatter::dateFromString(std::string_view text) const {
 }
 
 const DateFormatter& sharedIso8601DateFormatter() {
+  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): the pattern is right.
   static const DateFormatter formatter = *DateFormatter::forPattern("yyyy-MM-dd'T'HH:mm:ssZZZZZ");
   return formatter;
 }

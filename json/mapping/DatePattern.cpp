@@ -48,9 +48,9 @@ std::optional<std::string> takeLiteral(std::string_view& pattern) {
     return "'";
   }
   if (pattern.starts_with('\'')) return takeQuotation(pattern);
-  const std::string sign(1, pattern.front());
+  const char sign = pattern.front();
   pattern.remove_prefix(1);
-  return sign;
+  return std::string(1, sign);
 }
 
 void append(std::vector<DatePiece>& pieces, std::string literal) {
