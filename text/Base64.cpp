@@ -31,6 +31,7 @@ std::optional<std::string> decodeBase64(std::string_view text) {
   const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
   std::string bytes;
   bytes.reserve(text.size() / 4 * 3);
+  // The last four characters in its lowest 24 bits.
   std::uint32_t group = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const bool isPadding = i >= text.size() - padding;
@@ -39,7 +40,6 @@ std::optional<std::string> decodeBase64(std::string_view text) {
     group = group << 6U | bits;
     if (i % 4 != 3) continue;
     for (const unsigned shift : {16U, 8U, 0U}) bytes += static_cast<char>(group >> shift & 0xFFU);
-    group = 0;
   }
   bytes.resize(bytes.size() - padding);
   return bytes;

@@ -27,7 +27,7 @@ class Change(typing.NamedTuple):
 # What is no code. In strings and characters, the delimiters alone are kept.
 NO_CODE = re.compile(r"""
     //[^\n]* | /\*.*?\*/ | ^\#[^\n]* | ^\s*static_assert[^;]*; | \[\[[^\]]*\]\] |
-    R"\((?:.*?)\)" | "(?:[^"\\\n]|\\.)*" | '(?:[^'\\\n]|\\.)+'
+    R"\((?:.*?)\)" | "(?:[^"\\\n]|\\.)*" | (?<![0-9])'(?:[^'\\\n]|\\.)+'
     """, re.VERBOSE | re.DOTALL | re.MULTILINE)
 
 
@@ -83,7 +83,7 @@ def literals(source, file):
     for match in NO_CODE.finditer(source):
         text = match[0]
         if text.startswith('"') and not source[:match.start()].endswith("#include "):
-            yield match.end() - 1, match.end() - 1, "~", "constant"
+            yield match.end() - 1, match.end() - 1, "\\t", "constant"
         elif text.startswith("'"):
             other = chr(ord(text[1]) + 1) if len(text) == 3 and text[1].isalnum() else "\\x01"
             yield match.start(), match.end(), f"'{other}'", "constant"

@@ -34,8 +34,8 @@ TEST(UrlText, IsAbsentForWhatFormsNoUrl) {
 TEST(UrlText, KeepsEveryOrdinaryUrl) {
   for (const char* text :
        {"", "foo", "foo#a", "#a", "/etc/passwd", ":", "//h#a", "https://u:p@h:80/a%20b?q=1#top",
-        "http://[::1]", "http://[::1]:80/", "http://u@[::1]?a", "//[::1]/", "file:/x#y",
-        "file:///x#y", "a_b:c#d", "http://h#a", "mailto:a@b"}) {
+        "http://[::1]", "http://[::1]:80/", "http://a@[b@c]/", "http://u@[::1]?a", "//[::1]/",
+        "file:/x#y", "file:///x#y", "a_b:c#d", "http://h#a", "mailto:a@b"}) {
     EXPECT_EQ(urlText(text), text);
   }
 }
@@ -87,7 +87,8 @@ TEST(FormsUrl, LooksAtNoSyntax) {
 TEST(FormsUrl, WantsTwoHexDigitsBehindAPercentSign) {
   for (const char* text : {"%00", "%FF", "%aF", "a%2525", "%41%42"})
     EXPECT_TRUE(forms(text)) << text;
-  for (const char* text : {"%", "%4", "a%4", "%zz", "%4z", "%z4", "%%41", "%4%1"}) {
+  for (const char* text : {"%", "%4", "a%4", "%zz", "%4z", "%z4", "%%41", "%4%1", "%4G", "%G4",
+                           "%4@", "%@4", "%4g", "%g4", "%4`", "%`4", "%4/", "%:4"}) {
     EXPECT_FALSE(forms(text)) << text;
   }
 }
