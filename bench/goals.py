@@ -2,11 +2,13 @@
 
 # The row, the peer (or none, for the figure itself), the most that ours may be of it.
 GOALS = [
+    *((f"click, {desktop}", "whole", 0.02) for desktop in ("GNOME", "KDE", "XFCE", "none")),
     ("opening call to handler", "posix_spawn", 1.15),
     ("opening call to handler", "GIO in-process", 1 / 2.5),
     ("opening call to handler, slow peers", "gio open", 1 / 10),
     ("opening call to handler, slow peers", "xdg-open, generic", 1 / 100),
     ("Open to handler", "posix_spawn", 1.6),
+    ("Exec to handler", "sd-bus in C and posix_spawn", 1.15),
     ("start to name", "sd-bus in C", 1.1),
     ("start to name", "GApplication in C", 0.6),
     ("start to name, slow peers", "PyGObject", 1 / 15),
@@ -41,6 +43,13 @@ def value(result, peer):
     return result["ours"] if peer is None else result["ratio"][peer]
 
 
+def click_rows(results):
+    """A click on KDE beside one on GNOME."""
+    kde, gnome = (find(results, "click, " + name)["peers"]["whole"] for name in ("KDE", "GNOME"))
+    return [["click to handler on KDE", "<= 1.2 of GNOME", f"{kde / gnome:.3f}",
+             "yes" if kde / gnome <= 1.2 else "no"]]
+
+
 def core_rows(results):
     """The program's own part of a link's way, beside the start of the handler that follows it."""
     core = {size: find(results, "whole core, " + size)["ours"] for size in ("2 KiB", "10 MiB")}
@@ -61,4 +70,4 @@ def goal_rows(results):
     for name, peer, limit in GOALS_ABOVE:
         result = find(results, name)
         rows.append(row(result, peer, limit, ">=", value(result, peer) >= limit))
-    return rows + core_rows(results)
+    return click_rows(results) + rows + core_rows(results)

@@ -11,8 +11,10 @@ import sys
 import textwrap
 
 from goals import goal_rows
+from timeline import timeline
 
 DOCS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../docs/performance.md")
+TIMELINE = os.path.join(os.path.dirname(DOCS), "pictures/click.svg")
 
 
 def load(path):
@@ -83,9 +85,9 @@ def write_docs(parts):
 
 def main():
     folder = sys.argv[-1]
-    samples = sum((load(f"{folder}/{name}.json") for name in ("road", "load", "waiting")), [])
+    samples = sum((load(f"{folder}/{name}.json") for name in ("click", "road", "load", "waiting")), [])
     results = [figures(row) for row in samples]
-    order = ["road", "start", "waiting", "load", "core"]
+    order = ["click", "road", "start", "waiting", "load", "core"]
     results.sort(key=lambda each: order.index(each["topic"]))
     with open(f"{folder}/results.json", "w", encoding="utf-8") as file:
         json.dump(results, file, indent=1)
@@ -94,6 +96,8 @@ def main():
     print(everything, "\n", goals, "\n", machine(), sep="\n")
     if "--write-docs" in sys.argv:
         write_docs({"goals": goals, "machine": machine()})
+        with open(TIMELINE, "w", encoding="utf-8") as file:
+            file.write(timeline(results))
 
 
 main()

@@ -1,5 +1,5 @@
-// Usage: bench_handler SOCKET URL. Sends the time at which it began (CLOCK_MONOTONIC, nanoseconds)
-// to a datagram socket.
+// Usage: bench_handler SOCKET URL, or bench_handler SOCKET PROGRAM ARGUMENT... Sends the time at which
+// it began (CLOCK_MONOTONIC, nanoseconds) to a datagram socket, and becomes the program.
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -18,5 +18,6 @@ int main(int argc, char** argv) {
   std::strncpy(address.sun_path, argv[1], sizeof address.sun_path - 1);
   ::sendto(channel, &nanoseconds, sizeof nanoseconds, 0, reinterpret_cast<sockaddr*>(&address),
            sizeof address);
-  return 0;
+  if (argc > 3) ::execv(argv[2], argv + 2);
+  return argc > 3;
 }

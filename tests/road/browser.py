@@ -120,8 +120,9 @@ class Site:
 class Chromium:
     """A session of Chromium, over WebDriver's own protocol."""
 
-    def __init__(self, test, desktop, permitted=None):
-        """`permitted`: the origin whose links open without a question, by policy."""
+    def __init__(self, test, desktop, permitted=None, **environment):
+        """`permitted`: the origin whose links open without a question, by policy. `environment`:
+        changes of its own to the desktop's."""
         need(test, "chromium", "chromedriver", "Xvfb")
         switches = [*CHROMIUM_SWITCHES, f"--user-data-dir={desktop.folder}/chromium"]
         # What starts it again, for it to open a page.
@@ -129,7 +130,7 @@ class Chromium:
         driver = desktop.spawn(
             *with_policy(desktop, ["chromedriver", "--port=0"],
                          "chromium/policies/managed/screenpop.json", "chromium.json", permitted),
-            streams={"stderr": subprocess.DEVNULL})
+            streams={"stderr": subprocess.DEVNULL}, **environment)
         while "successfully on port" not in (line := driver.output.next()):
             pass
         self._session = f"http://127.0.0.1:{line.split()[-1].rstrip('.')}"
