@@ -11,7 +11,7 @@ from tree import HOME
 
 from browser import encode_record
 from desktop import DATA, log_message, make_link, wait_for_end
-from road import page_messages
+from road import messages_of
 from test_troubleshooting import commands, pattern
 
 UNIT = "vastel-connect.service"
@@ -113,7 +113,7 @@ class Unit(PackageTestCase):
         self.open()
         page = page_of(self.id())
         self.open(page)
-        _, *expected = page_messages(link_to(page), page)
+        _, *expected = messages_of(link_to(page))
         while expected[0] not in (line := log.next()):
             pass
         self.assertEqual([log_message(line), *(log_message(log.next()) for _ in expected[1:])],

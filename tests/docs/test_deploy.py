@@ -7,7 +7,7 @@ import re
 import unittest
 
 from desktop import DATA, NAME, PROGRAM, STAGE, Desktop, golden, log_message, page_link
-from road import LINK, PAGE, page_messages
+from road import LINK, PAGE, messages_of
 
 ROOT = pathlib.Path(DATA).parents[1]
 POLICIES = ROOT / "packaging/policies"
@@ -99,8 +99,8 @@ class SettingsTest(unittest.TestCase):
         # What the bus starts writes where the bus does.
         for line in golden("banner").splitlines():
             self.assertEqual(desktop.daemon.output.next(), line)
-        self.assertEqual([log_message(desktop.daemon.output.next()) for _ in range(4)],
-                         page_messages(second))
+        self.assertEqual([log_message(desktop.daemon.output.next()) for _ in messages_of(second)],
+                         messages_of(second))
 
 
 if __name__ == "__main__":

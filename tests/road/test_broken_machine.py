@@ -6,7 +6,7 @@ import time
 import unittest
 
 from desktop import Desktop, page_link
-from road import LINK, RoadTestCase, descriptors, page_messages, pages
+from road import LINK, RoadTestCase, descriptors, messages_of, pages
 from session import Pages
 
 FAULTS = os.environ["CONNECT_FAULTS"]
@@ -80,7 +80,7 @@ class BrokenMachineTest(RoadTestCase):
                 file.write(str(seconds))
             listener = listener or desktop.listen("-jsonlog", LD_PRELOAD=FAULTS, FAULTS_CLOCK=clock)
             desktop.open(LINK)
-            for _ in page_messages(LINK):
+            for _ in messages_of(LINK):
                 self.assertIn(time.strftime("%Y-%m-%dT%H:%M:%S%z", time.localtime(seconds)),
                               listener.output.next())
             desktop.opened()

@@ -5,10 +5,10 @@ import unittest
 
 import browser
 from desktop import PROGRAM, Desktop
-from road import page_messages
+from road import RoadTestCase
 
 
-class BrowserTest(unittest.TestCase):
+class BrowserTest(RoadTestCase):
     def test_link_in_gnome_reaches_running_program(self):
         self.check_running_program("GNOME", "screenpop:")
 
@@ -49,7 +49,7 @@ class BrowserTest(unittest.TestCase):
         self.make_desktop(current_desktop, protocol)
         listener = self.desktop.listen("-log")
         self.click_link()
-        self.assertEqual(listener.messages(4), page_messages(self.site.link, self.page))
+        self.expect_messages(listener, self.site.link)
         self.assertEqual(listener.end().output, "")
 
     def check_start(self, current_desktop, protocol):

@@ -7,7 +7,7 @@ import signal
 import unittest
 
 from desktop import PROGRAM, Desktop, children, wait_for_end
-from road import LINK, PAGE, RoadTestCase, bulky_link, descriptors, page_messages, pages
+from road import LINK, PAGE, RoadTestCase, bulky_link, descriptors, messages_of, pages
 
 BUSY = "vastel-connect: the application is busy: the link waits until it goes on"
 
@@ -89,7 +89,7 @@ class FaultsTest(RoadTestCase):
         listener = desktop.listen("-log")
         link = bulky_link(100_000)
         desktop.open(link)
-        return listener, page_messages(link)
+        return listener, link
 
     def follow_busy(self, desktop, link):
         """Follows a link, for which the library has a moment only, and waits until it is busy."""
@@ -99,9 +99,9 @@ class FaultsTest(RoadTestCase):
 
     def test_a_link_waits_for_a_program_whose_log_reader_is_stuck(self):
         desktop = Desktop(self)
-        listener, messages = self.listen_and_stick(desktop)
+        listener, stuck = self.listen_and_stick(desktop)
         follower = self.follow_busy(desktop, LINK)
-        self.assertEqual(listener.messages(8), messages + page_messages(LINK))
+        self.expect_messages(listener, stuck, LINK)
         self.expect_silence(follower.finish())
         self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
 
@@ -115,22 +115,22 @@ class FaultsTest(RoadTestCase):
 
     def test_a_link_whose_sender_is_ended_while_it_waits_is_opened_once(self):
         desktop = Desktop(self)
-        listener, messages = self.listen_and_stick(desktop)
+        listener, stuck = self.listen_and_stick(desktop)
         follower = self.follow_busy(desktop, LINK)
         result = follower.end()
         self.assertEqual((result.errors, result.status), ("", -signal.SIGTERM))
-        self.assertEqual(listener.messages(8), messages + page_messages(LINK))
+        self.expect_messages(listener, stuck, LINK)
         self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
 
     def test_a_link_that_waits_when_the_bus_ends_is_opened_once_at_most(self):
         desktop = Desktop(self)
-        listener, messages = self.listen_and_stick(desktop)
+        listener, stuck = self.listen_and_stick(desktop)
         follower = self.follow_busy(desktop, LINK)
         desktop.kill_bus()
         result = follower.finish()
         self.assertEqual((result.errors, result.status), (
             "vastel-connect: the session bus is gone: the link may have been opened, or not\n", 1))
-        self.assertEqual(listener.messages(4), messages)
+        self.expect_messages(listener, stuck)
         log = listener.finish()
         # Whether the program still reads it is for the bus' library, but nobody else opens it.
         count = 1 + log.output.count("> webpage: ")
@@ -176,7 +176,7 @@ class FaultsTest(RoadTestCase):
         for second, (name, offset) in enumerate(zones, 1):
             move_to(name, second)
             desktop.open(LINK)
-            for message in page_messages(LINK):
+            for message in messages_of(LINK):
                 line = listener.output.next()
                 self.assertIn(offset + '","event"', line)
                 self.assertIn(message.partition(":")[0], line)

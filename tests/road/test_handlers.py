@@ -7,7 +7,7 @@ import unittest
 from gi.repository import Gio, GLib
 
 from desktop import Desktop, children, page_link, status_of, wait_for_end
-from road import LINK, PAGE, RoadTestCase, page_messages, pages
+from road import LINK, PAGE, RoadTestCase, pages
 
 
 class HandlersTest(RoadTestCase):
@@ -63,7 +63,7 @@ class HandlersTest(RoadTestCase):
         listener = desktop.listen("-log", PATH="/nowhere")
         link = page_link("other:page")
         desktop.open(link)
-        self.assertEqual(listener.messages(4), page_messages(link, "other:page"))
+        self.expect_messages(listener, link)
         self.expect_link(desktop, listener)
 
     def test_the_choice_of_a_user_of_kde_is_started_without_an_opener(self):

@@ -6,7 +6,7 @@ import unittest
 from gi.repository import Gio
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, golden, page_link, status_of
-from road import (FATAL, LINK, PAGE, RoadTestCase, bulky_link, messages_of, page_messages,
+from road import (FATAL, LINK, PAGE, RoadTestCase, bulky_link, messages_of,
                   pages)
 
 
@@ -143,7 +143,7 @@ class ListenersTest(RoadTestCase):
         result = listener.finish()
         self.assertEqual((result.status, result.errors), (70, ""))
         self.assertEqual([line[len("Log 00:00:00> "):] for line in result.output.splitlines()],
-                         messages_of(FATAL, "process screenpop"))
+                         messages_of(FATAL))
         desktop.wait_for_owner(None)
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
@@ -219,7 +219,7 @@ class ListenersTest(RoadTestCase):
         desktop.ask_bus("GetId")
         listener.send(signal.SIGTERM)
         listener.send(signal.SIGCONT)
-        self.assertEqual(listener.messages(4), page_messages(LINK))
+        self.expect_messages(listener, LINK)
         self.assertEqual(desktop.opened(), PAGE)
         desktop.wait_until(lambda: answers)
         self.assertEqual(answers, [None])

@@ -58,12 +58,11 @@ class LoadTest(RoadTestCase):
             thread.start()
         handled = [0] * SENDERS
         for total in range(LINKS):
-            messages = listener.messages(4)
+            messages = listener.messages(len(messages_of(link_of(0, 0))))
             (sender,) = [each for each in range(SENDERS)
                          if messages[1] == "process uri: " + link_of(each, handled[each])]
             handled[sender] += 1
-            self.assertEqual(messages, messages_of(link_of(sender, handled[sender] - 1),
-                                                   "process screenpop", "no webpage to open"))
+            self.assertEqual(messages, messages_of(link_of(sender, handled[sender] - 1)))
             if total == LINKS // 10:
                 before = private_memory(listener.pid)
         for thread in threads:
@@ -97,23 +96,22 @@ class LoadTest(RoadTestCase):
             self.assertLessEqual(later - memory, 64)
         self.expect_silence(listener.end())
 
-    def follow_large(self, text, *after):
+    def follow_large(self, text):
         """Follows a large link, and the seconds that the program computes for it."""
         before = cpu_time(self.listener.pid)
         self.desktop.open(text)
-        self.assertEqual(self.listener.messages(2 + len(after)), messages_of(text, *after))
+        self.expect_messages(self.listener, text)
         return cpu_time(self.listener.pid) - before
 
     def expect_linear(self, what, make, unit):
         """A link of eight times the size costs about eight times as much."""
         self.desktop = Desktop(self)
         self.listener = self.desktop.listen("-log")
-        after = ("process screenpop", "no webpage to open")
         if not FULL:
-            self.follow_large(make(unit), *after)
+            self.follow_large(make(unit))
         else:
-            small = sum(self.follow_large(make(unit), *after) for _ in range(8))
-            large = self.follow_large(make(8 * unit), *after)
+            small = sum(self.follow_large(make(unit)) for _ in range(8))
+            large = self.follow_large(make(8 * unit))
             print(f"\n{what}: 8 of a size cost {small:.3f} s, one of 8 times the size "
                   f"{large:.3f} s")
             # It would be 8 times as much if the cost grew with the square of the size.

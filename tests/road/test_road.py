@@ -6,7 +6,7 @@ import unittest
 from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, page_link, status_of
-from road import LINK, PAGE, RoadTestCase, page_messages, pages
+from road import LINK, PAGE, RoadTestCase, pages
 
 
 class RoadTest(RoadTestCase):
@@ -37,9 +37,7 @@ class RoadTest(RoadTestCase):
         listener = desktop.listen("-log")
         links = [page_link(page) for page in pages(5)]
         desktop.open(*links)
-        self.assertEqual(listener.messages(20),
-                         [message for link, page in zip(links, pages(5))
-                          for message in page_messages(link, page)])
+        self.expect_messages(listener, *links)
         self.assertEqual(desktop.opened_all(5), pages(5))
 
     def test_open_cold_takes_several_links(self):
@@ -57,7 +55,7 @@ class RoadTest(RoadTestCase):
         desktop = Desktop(self)
         listener = desktop.listen("-log")
         desktop.call("Open", GLib.Variant("(as)", ([LINK, LINK],)))
-        self.assertEqual(listener.messages(8), page_messages(LINK) * 2)
+        self.expect_messages(listener, LINK, LINK)
         self.assertEqual(desktop.opened_all(2), [PAGE] * 2)
 
     def test_open_may_want_no_answer(self):
@@ -140,7 +138,7 @@ class RoadTest(RoadTestCase):
         desktop = Desktop(self)
         listener = desktop.listen("-log")
         self.expect_silence(desktop.run("-log", LINK))
-        self.assertEqual(listener.messages(4), page_messages(LINK))
+        self.expect_messages(listener, LINK)
         self.assertEqual(desktop.opened(), PAGE)
         self.assertEqual(desktop.owner(), listener.pid)
 
@@ -149,9 +147,7 @@ class RoadTest(RoadTestCase):
         listener = desktop.listen("-log")
         links = [page_link(page) for page in pages(4)]
         self.expect_silence(desktop.run(*links))
-        self.assertEqual(listener.messages(16),
-                         [message for link, page in zip(links, pages(4))
-                          for message in page_messages(link, page)])
+        self.expect_messages(listener, *links)
         self.assertEqual(desktop.opened_all(4), pages(4))
 
     def test_exec_without_a_service_becomes_the_application(self):

@@ -17,6 +17,7 @@ import unittest
 
 from desktop import (DATA, LIMIT, PROGRAM, Desktop, golden, log_message, make_link, page_link,
                      status_of)
+from road import LINK, PAGE, RoadTestCase, messages_of
 
 SWITCHES = {
     "usage": ("-help", "/help", "-h", "/h"),
@@ -28,17 +29,8 @@ SWITCHES = {
 TEXTS = ("usage", "changelog", "showuri")
 TEXT_OF_FLAG = {"FlagHelp": "usage", "FlagChangeLog": "changelog", "FlagShowUri": "showuri"}
 
-PAGE = "https://page.test/"
-LINK = page_link(PAGE)
-
 # A page with what a log line has to treat with care. It forms no URL, so nothing is opened.
 ODD_PAGE = "a \"quoted\"\\\nline\tof \u0001 K\u00f6ln \u2603 \U0001f4de </b>"
-
-
-def messages_of(link):
-    return ["new uri event", "process uri: " + link, "process screenpop", "webpage: " + PAGE]
-
-
 MESSAGES = messages_of(LINK)
 
 
@@ -46,7 +38,7 @@ def texts_for(asked):
     return golden("banner", *(text for text in TEXTS if text in asked))
 
 
-class TerminalTest(unittest.TestCase):
+class TerminalTest(RoadTestCase):
     maxDiff = None
 
     def expect_texts(self, result, *asked):
@@ -112,7 +104,7 @@ class TerminalTest(unittest.TestCase):
         self.expect_texts(desktop.run("-help", "-log"), "usage")
         self.assertEqual(len(desktop.names_seen()), 1)
         desktop.open(LINK)
-        self.assertEqual(listener.messages(4), MESSAGES)
+        self.expect_messages(listener, LINK)
         desktop.opened()
 
     def test_a_terminal_may_itself_be_started_by_the_bus(self):
@@ -128,7 +120,7 @@ class TerminalTest(unittest.TestCase):
         second = desktop.listen("-log", **terminal)
         self.assertEqual(len(desktop.names_seen()), 2)
         desktop.open(LINK)
-        self.assertEqual(second.messages(4), MESSAGES)
+        self.expect_messages(second, LINK)
         desktop.opened()
         self.assertTrue(first.is_running())
 
@@ -205,7 +197,7 @@ class TerminalTest(unittest.TestCase):
         desktop = Desktop(self)
         process = desktop.listen("-log")
         desktop.open(LINK)
-        self.assertEqual(process.messages(4), MESSAGES)
+        self.expect_messages(process, LINK)
         process.output.close()
         process.output = None
         desktop.open(LINK)
@@ -331,7 +323,7 @@ class TerminalTest(unittest.TestCase):
         process = desktop.listen("-log")
         for _ in range(3):
             desktop.open(LINK)
-            self.assertEqual(process.messages(4), MESSAGES)
+            self.expect_messages(process, LINK)
             self.assertEqual(desktop.opened(), PAGE)
         self.assertTrue(process.is_running())
 
@@ -399,7 +391,7 @@ class TerminalTest(unittest.TestCase):
         desktop = Desktop(self)
         process = desktop.listen("/LOG")
         desktop.open(LINK)
-        self.assertEqual(process.messages(4), MESSAGES)
+        self.expect_messages(process, LINK)
         self.assertEqual(process.end().output, "")
         desktop.opened()
 
@@ -407,7 +399,7 @@ class TerminalTest(unittest.TestCase):
         desktop = Desktop(self)
         process = desktop.listen("/JsonLog")
         desktop.open(LINK)
-        self.assertEqual(process.messages(4), MESSAGES)
+        self.expect_messages(process, LINK)
         self.assertEqual(process.end().output, "")
         desktop.opened()
 
@@ -423,7 +415,8 @@ class TerminalTest(unittest.TestCase):
         desktop = Desktop(self)
         process = desktop.listen("-log")
         desktop.open(make_link({"WebPage": ODD_PAGE}))
-        self.assertEqual(process.messages(3)[0], "new uri event")
+        # The last line is more than one for whoever reads by lines.
+        self.assertEqual(process.messages(len(MESSAGES) - 1)[0], "new uri event")
         self.assertRegex(process.end().output, r"^Log \d\d:\d\d:\d\d> webpage: "
                          + re.escape(ODD_PAGE) + r"\n\Z")
 
@@ -496,7 +489,7 @@ class TerminalTest(unittest.TestCase):
         desktop.wait_for_owner(process.pid)
         process.send(signal.SIGHUP)
         desktop.open(LINK)
-        self.assertEqual(process.messages(4), MESSAGES)
+        self.expect_messages(process, LINK)
         self.assertEqual(int(status_of(process.pid)["SigIgn"], 16) & 1, 1)
         desktop.opened()
         self.assertEqual(process.end().status, 0)

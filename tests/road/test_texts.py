@@ -4,7 +4,8 @@ import base64
 import unittest
 
 from desktop import Desktop, make_link, page_link
-from road import LINK, PAGE, TEXTS, RoadTestCase, bulky_link, messages_of, page_messages, pages
+from model import expect
+from road import LINK, PAGE, TEXTS, RoadTestCase, bulky_link, messages_of, pages
 
 
 class TextsTest(RoadTestCase):
@@ -13,51 +14,51 @@ class TextsTest(RoadTestCase):
     def test_each_kind_of_bad_link_gets_its_log_lines(self):
         desktop = Desktop(self)
         listener = desktop.listen("-jsonlog")
-        no_page = ("process screenpop", "no webpage to open")
-        undecoded = ("process screenpop", "Could not decode")
-        invalid = ("Invalid protocol",)
+        payload = LINK.partition("://")[2]
         base64_of = lambda data: "screenpop://" + base64.b64encode(data).decode()
-        cases = [
-            ("", ("invalid protocol",)),
-            ("screenpop", ("invalid protocol",)),
-            (LINK.partition("://")[2], ("invalid protocol",)),
-            (":", invalid),
-            ("://" + LINK.partition("://")[2], invalid),
-            ("mailto:someone@page.test", invalid),
-            (PAGE, invalid),
-            ("screenpop1://" + LINK.partition("://")[2], invalid),
-            (" screenpop://" + LINK.partition("://")[2], invalid),
-            ("screenpop ://" + LINK.partition("://")[2], invalid),
-            ("\u017fcreenpop://" + LINK.partition("://")[2], invalid),
-            ("screenpop:", undecoded),
-            ("screenpop://", undecoded),
-            (LINK + "\n", undecoded),
-            (LINK + " ", undecoded),
-            (LINK.replace("://", ":///"), undecoded),
-            ("screenpop:eyJhIjoxfQ", undecoded),
-            ("screenpop:eyJhIjoxfQ%3D%3D", undecoded),
-            ("screenpop:eyJhIjoxfQ=", undecoded),
-            ("screenpop:_-_-", undecoded),
-            ("screenpop://Köln", undecoded),
-            (base64_of(b"\xff"), undecoded),
-            (base64_of(b'{"WebPage":"\xed\xa0\x80"}'), undecoded),
-            (base64_of(b"{"), no_page),
-            (base64_of(b'"' + PAGE.encode() + b'"'), no_page),
-            (base64_of(b"null"), no_page),
-            (base64_of(b"[" * 513 + b"]" * 513), no_page),
-            (base64_of(b"{}\0"), no_page),
-            (make_link({}), no_page),
-            (make_link({"webpage": PAGE}), no_page),
-            (make_link({"WebPage": 7}), no_page),
-            (make_link({"WebPage": None}), no_page),
-            (make_link({"WebPage": {"WebPage": PAGE}}), no_page),
-            (make_link({"ScriptType": "OpenWebPage"}), no_page),
-            (make_link({"ScriptType": "CSD", "CSDFileName": "/bin/true"}), no_page),
+        links = [
+            "",
+            "screenpop",
+            payload,
+            ":",
+            "://" + payload,
+            "mailto:someone@page.test",
+            PAGE,
+            "screenpop1://" + payload,
+            " screenpop://" + payload,
+            "screenpop ://" + payload,
+            "\u017fcreenpop://" + payload,
+            "screenpop:",
+            "screenpop://",
+            LINK + "\n",
+            LINK + " ",
+            LINK.replace("://", ":///"),
+            "screenpop:eyJhIjoxfQ",
+            "screenpop:eyJhIjoxfQ%3D%3D",
+            "screenpop:eyJhIjoxfQ=",
+            "screenpop:_-_-",
+            "screenpop://Köln",
+            base64_of(b"\xff"),
+            base64_of(b'{"WebPage":"\xed\xa0\x80"}'),
+            base64_of(b"{"),
+            base64_of(b'"' + PAGE.encode() + b'"'),
+            base64_of(b"null"),
+            base64_of(b"[" * 513 + b"]" * 513),
+            base64_of(b"{}\0"),
+            make_link({}),
+            make_link({"webpage": PAGE}),
+            make_link({"WebPage": 7}),
+            make_link({"WebPage": None}),
+            make_link({"WebPage": {"WebPage": PAGE}}),
+            make_link({"ScriptType": "OpenWebPage"}),
+            make_link({"ScriptType": "CSD", "CSDFileName": "/bin/true"}),
         ]
-        for text, after in cases:
-            with self.subTest(text=text):
-                desktop.open(text)
-                self.assertEqual(listener.messages(2 + len(after)), messages_of(text, *after))
+        for link in links:
+            with self.subTest(link=link):
+                desktop.open(link)
+                self.expect_messages(listener, link)
+        self.assertEqual({expect(link).messages[-1] for link in links}, {
+            "invalid protocol", "Invalid protocol", "Could not decode", "no webpage to open"})
         # Nothing was opened, and the next link is as good as any.
         self.expect_link(desktop, listener)
         self.expect_silence(listener.end())
@@ -68,7 +69,7 @@ class TextsTest(RoadTestCase):
         for script_type in ("CSD", "OpenApplication", "OpenWebPage", "other", 7):
             link = page_link(PAGE, ScriptType=script_type)
             desktop.open(link)
-            self.assertEqual(listener.messages(4), page_messages(link))
+            self.expect_messages(listener, link)
             self.assertEqual(desktop.opened(), PAGE)
 
     def test_an_escaped_page_reaches_the_handler_as_it_is(self):
@@ -109,8 +110,8 @@ class TextsTest(RoadTestCase):
         for process in self.start_at_once(desktop, map(page_link, pages(20))):
             self.expect_silence(process.finish())
         self.assertEqual(desktop.opened_all(20), pages(20))
-        self.assertEqual(sorted(listener.messages(80)[3::4]),
-                         ["webpage: " + page for page in pages(20)])
+        expected = messages_of(*map(page_link, pages(20)))
+        self.assertEqual(sorted(listener.messages(len(expected))), sorted(expected))
 
     def test_twenty_at_once_are_opened_once_each_by_one_of_them(self):
         desktop = Desktop(self, service=None)
