@@ -9,7 +9,7 @@ from booted import BootedTree
 from packages import LIMIT, PackageTestCase, package
 from tree import HOME
 
-from browser import encode_record
+from clients import link_to, page_of
 from desktop import DATA, log_message, make_link, wait_for_end
 from road import messages_of
 from test_troubleshooting import commands, pattern
@@ -17,16 +17,6 @@ from test_troubleshooting import commands, pattern
 UNIT = "vastel-connect.service"
 DOCS = pathlib.Path(DATA).parents[1] / "docs"
 DEPLOY = (DOCS / "deploy.md").read_text(encoding="utf-8")
-
-
-def page_of(name):
-    """A page whose address changes when somebody reads it."""
-    return f"https://page.test/{name}?number=+31201234567&name=Jansen,%20M.#call"
-
-
-def link_to(page):
-    """A link whose base64 has all three signs of base64."""
-    return "screenpop:" + encode_record({"WebPage": page})
 
 
 def setting():
