@@ -31,8 +31,6 @@ struct Host {
   ActivationToken token;
   /// Null without a session bus.
   sd_bus* bus = nullptr;
-  /// Calls that reached the application's object so far.
-  int callsReceived = 0;
   /// Null before the application's event loop is made.
   sd_event* eventLoop = nullptr;
   /// The signals that end the event loop. They are blocked, but while a line is written.

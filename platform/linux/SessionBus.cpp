@@ -10,12 +10,9 @@
 namespace Vastel_Connect {
 namespace {
 
-constexpr std::uint64_t kLaunchLinkWaitMicroseconds = 1'000'000;
-
 /// Answers a call before it is carried out: a link that stops the program is no error for whoever
 /// followed it, and is never sent a second time.
 int replyAtOnce(sd_bus_message* call) {
-  ++host().callsReceived;
   const int ret = sd_bus_reply_method_return(call, nullptr);
   if (ret < 0) return ret;
   return sd_bus_flush(sd_bus_message_get_bus(call));
@@ -139,17 +136,16 @@ std::optional<bool> requestBusName(NameRequest request) {
 }
 
 void receiveLaunchLinks() {
-  while (true) {
-    const int processed = sd_bus_process(host().bus, nullptr);
-    if (processed < 0) {
-      // A call may be lost with it. Its sender is told by the end of the connection.
-      host().bus = sd_bus_close_unref(host().bus);
-      return;
-    }
-    if (processed > 0) continue;
-    if (host().callsReceived > 0) return;
-    if (sd_bus_wait(host().bus, kLaunchLinkWaitMicroseconds) <= 0) return;
+  // The bus sends what waited for the name together with it, and so before any later answer.
+  int ret = sd_bus_call_method(host().bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                               "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr);
+  std::uint64_t count = 0;
+  while (ret >= 0 && sd_bus_get_n_queued_read(host().bus, &count) >= 0 && count > 0) {
+    ret = sd_bus_process(host().bus, nullptr);
   }
+  // A call may be lost with it. Its sender is told by the end of the connection.
+  const bool failed = ret < 0 || sd_bus_is_open(host().bus) <= 0;
+  if (failed) host().bus = sd_bus_close_unref(host().bus);
 }
 
 void leaveBus() {

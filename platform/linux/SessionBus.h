@@ -22,8 +22,8 @@ enum class NameRequest {
 /// Queue we are in line for it. Absent: the bus does not answer.
 [[nodiscard]] std::optional<bool> requestBusName(NameRequest request);
 
-/// Delivers the links for which the bus has just started this process, and waits for the first one
-/// no longer than a second. Closes a connection that fails.
+/// Delivers the links for which the bus has just started this process, once it has the name. Closes
+/// a connection that fails.
 void receiveLaunchLinks();
 
 /// Gives the name back, delivers the links that had already arrived, and closes the connection, if

@@ -203,7 +203,7 @@ class ListenersTest(RoadTestCase):
         self.assertEqual((result.output, result.errors, result.status),
                          ("", "vastel-connect: the session bus is gone\n", 1))
 
-    def test_the_end_of_the_bus_ends_a_program_that_waits_for_its_first_link(self):
+    def test_the_end_of_the_bus_ends_a_program_that_it_has_just_started(self):
         desktop = Desktop(self)
         desktop.ask_bus("StartServiceByName", NAME, 0)
         desktop.kill_bus()
