@@ -75,13 +75,12 @@ void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, i
       {{"ours", [&] { return openOnBus(desktop); }}, floor, {"GIO in-process", byProgram(gio)}});
   const pid_t bare = start({programs.folder + "/bench_bare_sd_bus"});
   desktop.waitForName(kPeerName, true);
-  samples.compare(
-      "road", "Exec to handler", "ms", rounds,
-      {{"ours", byCommand({programs.connect, kLink})},
-       floor,
-       {"sd-bus in C and posix_spawn",
-        byCommand({programs.folder + "/bench_bare_call", kLink, programs.handler(),
-                   desktop.socketPath(), kPage})}});
+  samples.compare("road", "Exec to handler", "ms", rounds,
+                  {{"ours", byCommand({programs.connect, kLink})},
+                   floor,
+                   {"sd-bus in C and posix_spawn",
+                    byCommand({programs.folder + "/bench_bare_call", kLink, programs.handler(),
+                               desktop.socketPath(), kPage})}});
   stop(bare);
   samples.compare(
       "road", "Exec to handler, slow peers", "ms", rounds / 8 + 3,

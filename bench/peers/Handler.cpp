@@ -1,5 +1,6 @@
-// Usage: bench_handler SOCKET URL, or bench_handler SOCKET PROGRAM ARGUMENT... Sends the time at which
-// it began (CLOCK_MONOTONIC, nanoseconds) to a datagram socket, and becomes the program.
+// Usage: bench_handler SOCKET URL, or bench_handler SOCKET PROGRAM ARGUMENT...
+// Sends the time at which it began (CLOCK_MONOTONIC, nanoseconds) to a datagram socket, and becomes
+// the program.
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
