@@ -15,9 +15,8 @@ constexpr unsigned char kInvalid = 0xFF;
 constexpr std::array<unsigned char, 256> kBits = [] {
   std::array<unsigned char, 256> table{};
   table.fill(kInvalid);
-  for (unsigned char bits = 0; bits < kAlphabet.size(); ++bits) {
-    table[static_cast<unsigned char>(kAlphabet[bits])] = bits;
-  }
+  unsigned char bits = 0;
+  for (const char c : kAlphabet) table[static_cast<unsigned char>(c)] = bits++;
   return table;
 }();
 
