@@ -9,7 +9,7 @@ import unittest
 from clients import (KDE_OPENER, OPENERS, OWN_OPENERS, READ_HOSTS, expect_recovery, installed,
                      link_to, page_of, session_variables)
 from desktop import NAME, PROGRAM, Desktop, log_message, page_link
-from road import page_messages
+from road import messages_of
 from session import Pages
 
 COUNT = 200
@@ -48,8 +48,7 @@ class OpenersTest(unittest.TestCase):
                     self.desktop.end_programs()
                     listener = self.desktop.listen("-log")
                     self.follow(name, link_to(page, prefix))
-                    self.assertEqual(listener.messages(4),
-                                     page_messages(link_to(page, prefix), page))
+                    self.assertEqual(listener.messages(4), messages_of(link_to(page, prefix)))
                     self.assertEqual(self.desktop.opened(), page)
                     self.assertEqual(listener.end().output, "")
 
@@ -71,8 +70,7 @@ class OpenersTest(unittest.TestCase):
         with open(log, encoding="utf-8") as file:
             messages = [log_message(line) for line in file.read().splitlines()
                         if line.startswith("Log ")]
-        self.assertEqual(sorted(messages), sorted(
-            sum((page_messages(link_to(page), page) for page in everyone), [])))
+        self.assertEqual(sorted(messages), sorted(messages_of(*map(link_to, everyone))))
 
     def test_no_opener_loses_a_link_that_starts_the_program(self):
         opened = Pages(self, self.desktop)

@@ -6,7 +6,7 @@ from browser import Site
 from clients import expect_recovery, link_to, page_of, session_variables
 from desktop import Desktop
 from firefox import Firefox
-from road import page_messages
+from road import messages_of
 
 
 class FirefoxTest(unittest.TestCase):
@@ -24,7 +24,7 @@ class FirefoxTest(unittest.TestCase):
 
     def expect_page(self):
         link, page = self.site.link, page_of("firefox")
-        self.assertEqual(self.listener.messages(4), page_messages(link, page))
+        self.assertEqual(self.listener.messages(4), messages_of(link))
         self.assertEqual(self.desktop.opened(), page)
 
     def test_with_the_policy_no_question_comes(self):

@@ -7,7 +7,7 @@ import unittest
 from browser import need
 from clients import link_to, page_of, session_variables
 from desktop import Desktop
-from road import page_messages
+from road import messages_of
 from screen import Screen
 
 PORTALS = "/usr/libexec/xdg-desktop-portal"
@@ -73,7 +73,7 @@ class Portal(unittest.TestCase):
                 self.desktop.end_programs()
                 listener = self.desktop.listen("-log")
                 self.expect_opened(client)
-                self.assertEqual(listener.messages(4), page_messages(LINK, PAGE))
+                self.assertEqual(listener.messages(4), messages_of(LINK))
                 listener.end()
 
     def test_second_claimant_brings_a_question(self):
