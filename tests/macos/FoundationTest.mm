@@ -26,6 +26,11 @@ std::string bytesOf(NSData* data) {
   return {static_cast<const char*>(data.bytes), data.length};
 }
 
+bool isAscii(const std::string& text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 128; });
+}
+
 /// The rows of a table for which `compared` holds. Fails the test when fewer than half are left.
 template <typename Compared>
 std::vector<std::vector<std::string>> rowsOf(std::string_view name, Compared compared) {
@@ -129,9 +134,7 @@ TEST(Foundation, ComparesSwitchesAlike) {
 TEST(Foundation, EscapesJsonAlike) {
   for (const auto& row : rowsOf("json_string_escape.tsv", [](const auto& cells) {
          const std::string text = jsonString(cells[0]);
-         return !kGNUstep || std::all_of(text.begin(), text.end(), [](char c) {
-           return static_cast<unsigned char>(c) < 128 && c != '/';
-         });
+         return !kGNUstep || (isAscii(text) && text.find('/') == text.npos);
        })) {
     @autoreleasepool {
       NSArray* array = @[ foundationText(jsonString(row[0])) ];
@@ -160,11 +163,26 @@ NSDateFormatter* formatterOf(const std::vector<std::string>& row) {
   return formatter;
 }
 
+bool hasDate(const std::vector<std::string>& row) {
+  return row[1].find('y') != row[1].npos;
+}
+
+/// Whether a row is the same by the locale data of any release: digits and calendars of a
+/// language's own are not.
+bool isSettled(const std::vector<std::string>& row) {
+  return isAscii(row[2]) && (!hasDate(row) || row[2].starts_with("2018-03-0"));
+}
+
+/// Asked with each Foundation, for Apple's may not be at hand.
+TEST(Foundation, IsComparedOnTheSettledHalfOfTheDates) {
+  EXPECT_EQ(rowsOf("date_format.tsv", isSettled).size(), 70U);
+}
+
 TEST(Foundation, WritesDatesAlike) {
   NSDate* moment = [NSDate dateWithTimeIntervalSince1970:1520255229];
   for (const auto& row : rowsOf("date_format.tsv", [](const auto& cells) {
-         // Newer locale data gives this one another calendar.
-         return !kGNUstep || cells[0] != "ar_SA" || cells[1].find('y') == cells[1].npos;
+         // Newer data of GNUstep's gives this locale another calendar.
+         return kGNUstep ? cells[0] != "ar_SA" || !hasDate(cells) : isSettled(cells);
        })) {
     @autoreleasepool {
       EXPECT_EQ(utf8Text([formatterOf(row) stringFromDate:moment]), row[2]) << row[0] << row[1];

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <charconv>
+#include <ctime>
 #include <limits>
 #include <random>
 #include <set>
@@ -178,7 +179,11 @@ TEST(DateFormatter, WritesTheYearOfTheZone) {
 
 TEST(DateFormatter, RoundsOffsetsWithSeconds) {
   const InZone zone("Europe/Berlin");  // 0:53:28 until April 1893
-  EXPECT_EQ(formatter(kIsoPattern).stringFromDate(at(-2500000000)), "1890-10-11T20:26:20+00:53");
+  const std::time_t before1893 = -2500000000;
+  if (std::localtime(&before1893)->tm_gmtoff == 3600) {
+    GTEST_SKIP() << "the system's zones hold no time before 1901";
+  }
+  EXPECT_EQ(formatter(kIsoPattern).stringFromDate(at(before1893)), "1890-10-11T20:26:20+00:53");
 }
 
 TEST(SharedIso8601DateFormatter, IsMadeOnce) {

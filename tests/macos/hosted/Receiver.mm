@@ -20,7 +20,8 @@
 @end
 
 int main() {
-  Receiver* receiver = [[Receiver alloc] init];
+  // The application holds its delegate weakly.
+  __attribute__((objc_precise_lifetime)) Receiver* receiver = [[Receiver alloc] init];
   NSApplication.sharedApplication.delegate = receiver;
   [NSApp run];
 }
