@@ -55,6 +55,7 @@ TEST(UrlText, EscapesBracketsButAtTheEndsOfTheHost) {
       {"http://a:[1]/", "http://a:%5B1%5D/"},
       {"http://[::1/]", "http://[::1/%5D"},
       {"http://h?[::1]", "http://h?%5B::1%5D"},
+      {"//?]", "//?%5D"},
       {"http:/[::1]/", "http:/%5B::1%5D/"},
       {"[::1]", "%5B::1%5D"},
       {"[://[h]/", "%5B://%5Bh%5D/"},
@@ -101,7 +102,7 @@ TEST(FormsUrl, TakesOneNumberSign) {
 TEST(FormsUrl, RefusesBlanksControlsAndAllButAscii) {
   for (const std::string_view text :
        {std::string_view("http://h/a b"), std::string_view("a\0", 2), std::string_view("\x7F"),
-        std::string_view("http://h/\xC3\xA9"), std::string_view("a\n")}) {
+        std::string_view("http://h/\xC3\xA9"), std::string_view("a\n"), std::string_view("%41 ")}) {
     EXPECT_FALSE(forms(text)) << text;
   }
 }
