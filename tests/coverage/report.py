@@ -1,4 +1,4 @@
-"""Prints which lines of the portable folders the tests have run, after a build with --coverage.
+"""Prints which lines of the product the tests have run, after a build with --coverage.
 
 Usage: report.py BUILD_FOLDER. The exit status is 1 when a line was not run and unreached.tsv does
 not name it with a reason, or when it names a line that was run or is not there. A line that is a brace
@@ -13,7 +13,7 @@ import pathlib
 import subprocess
 import sys
 
-FOLDERS = ("app", "log", "uri", "api", "json", "text")
+FOLDERS = ("app/", "log/", "uri/", "api/", "json/", "text/", "platform/linux/")
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 
@@ -28,7 +28,7 @@ def run_counts(build):
         for source in unit["files"]:
             path = os.path.relpath(os.path.join(unit["current_working_directory"], source["file"]),
                                    ROOT)
-            if path.split(os.sep)[0] in FOLDERS:
+            if path.startswith(FOLDERS):
                 # A template's line is there for each type that it was made for.
                 for line in source["lines"]:
                     counts[path][line["line_number"]] += line["count"]
@@ -50,7 +50,7 @@ def main():
     counts = run_counts(pathlib.Path(sys.argv[1]).resolve())
     named = named_lines()
     total = reached = unnamed = 0
-    print(f"{'file':<24} {'lines':>5} {'run':>5}")
+    print(f"{'file':<32} {'lines':>5} {'run':>5}")
     for path, runs in sorted(counts.items()):
         texts = (ROOT / path).read_text(encoding="utf-8").splitlines()
         lines = {number: texts[number - 1].strip() for number in sorted(runs)}
@@ -58,7 +58,7 @@ def main():
         missed = {number: text for number, text in lines.items() if not runs[number]}
         total += len(lines)
         reached += len(lines) - len(missed)
-        print(f"{path:<24} {len(lines):>5} {len(lines) - len(missed):>5}")
+        print(f"{path:<32} {len(lines):>5} {len(lines) - len(missed):>5}")
         for number, text in missed.items():
             if named[path, text] > 0:
                 named[path, text] -= 1
@@ -66,7 +66,7 @@ def main():
             else:
                 unnamed += 1
                 print(f"    MISSED {number}: {text}")
-    print(f"{'all':<24} {total:>5} {reached:>5}")
+    print(f"{'all':<32} {total:>5} {reached:>5}")
     stale = list(named.elements())
     for path, text in stale:
         print(f"named, but run or not there: {path}: {text}")

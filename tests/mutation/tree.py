@@ -44,7 +44,7 @@ HEADERS = """#include <boost/json.hpp>
 #include <systemd/sd-event.h>
 """
 # So long may one test program take that hangs by the change.
-SECONDS = 60
+SECONDS = 120
 
 
 def limits():
@@ -141,7 +141,7 @@ class Tree:
         if folder != "platform/linux":
             return
         environment = {
-            "CONNECT_STAGE": str(self._stage), "CONNECT_LIMIT": "8",
+            "CONNECT_STAGE": str(self._stage), "CONNECT_LIMIT": "20",
             "CONNECT_FIND_DEFAULT_HANDLER": str(self._build / "tests/linux/FindDefaultHandler"),
             "CONNECT_RECORD_LAUNCH": str(self._build / "tests/linux/RecordLaunch"),
             "CONNECT_FAULTS": str(self._build / "tests/linux/libconnect_faults.so")}

@@ -12,6 +12,9 @@ PAGE = "https://page.test/"
 LINK = page_link(PAGE)
 FATAL = make_link("[]")
 
+# What is said after some seconds to whoever follows a link.
+BUSY = "vastel-connect: the application is busy: the link waits until it goes on"
+
 # Some openers ask whether there is one, and leave it at that.
 DISPLAY = ":none"
 

@@ -7,9 +7,7 @@ import signal
 import unittest
 
 from desktop import PROGRAM, Desktop, children, wait_for_end
-from road import LINK, PAGE, RoadTestCase, bulky_link, descriptors, messages_of, pages
-
-BUSY = "vastel-connect: the application is busy: the link waits until it goes on"
+from road import BUSY, LINK, PAGE, RoadTestCase, bulky_link, descriptors, messages_of, pages
 
 
 class FaultsTest(RoadTestCase):
@@ -92,8 +90,8 @@ class FaultsTest(RoadTestCase):
         return listener, link
 
     def follow_busy(self, desktop, link):
-        """Follows a link, for which the library has a moment only, and waits until it is busy."""
-        follower = desktop.start(link, SYSTEMD_BUS_TIMEOUT="100ms")
+        """Follows a link, for which the library has two seconds, and waits until it is busy."""
+        follower = desktop.start(link, SYSTEMD_BUS_TIMEOUT="2s")
         self.assertEqual(follower.errors.next(), BUSY)
         return follower
 
