@@ -6,7 +6,7 @@ import unittest
 from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, page_link, status_of
-from road import LINK, PAGE, RoadTestCase, pages
+from road import LINK, PAGE, RoadTestCase, messages_of, pages
 
 
 class RoadTest(RoadTestCase):
@@ -95,7 +95,7 @@ class RoadTest(RoadTestCase):
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         desktop.daemon.banner()
-        self.assertEqual(desktop.daemon.messages(4), page_messages(LINK))
+        self.assertEqual(desktop.daemon.messages(4), messages_of(LINK))
         self.expect_link(desktop, desktop.daemon)
 
     def test_wrong_arguments_are_an_error_and_harm_nothing(self):
