@@ -36,7 +36,7 @@ class InfoPlist(unittest.TestCase):
     maxDiff = None
 
     def test_has_these_keys_and_no_others(self):
-        version = re.search(r"VERSION ([0-9.]+)\n", (ROOT / "CMakeLists.txt").read_text())[1]
+        version = re.search("^## ([0-9.]+) ", (ROOT / "CHANGELOG.md").read_text(), re.MULTILINE)[1]
         self.assertEqual(property_list(BUNDLE / "Resources" / "Info.plist"), {
             "CFBundleDevelopmentRegion": "en",
             "CFBundleDisplayName": "Vastel Connect",
