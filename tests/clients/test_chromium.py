@@ -5,6 +5,7 @@ import unittest
 from browser import Chromium, Site, need
 from clients import DESKTOPS, expect_recovery, link_to, page_of, session_variables
 from desktop import Desktop
+from road import RoadTestCase
 
 CLICKS = 12
 # The question takes the focus from the page, and gives it back.
@@ -15,7 +16,7 @@ OPEN = ["Tab", "Return"]
 OPEN_ALWAYS = ["shift+Tab", "space", "Tab", "Tab", "Return"]
 
 
-class ChromiumTest(unittest.TestCase):
+class ChromiumTest(RoadTestCase):
     def start(self, desktop, permitted=True):
         self.desktop = Desktop(self, screen=True, **session_variables(desktop))
         self.site = Site(self)
@@ -51,7 +52,7 @@ class ChromiumTest(unittest.TestCase):
             follow("screenpop:" + "A" * size)
             follow(link_to(page_of("next")))
             self.assertEqual(self.desktop.opened(), page_of("next"))
-            self.assertEqual(len(listener.messages(4)), 4)
+            self.expect_messages(listener, link_to(page_of("next")))
         self.assertEqual(listener.end().output, "")
 
     # Without a policy.

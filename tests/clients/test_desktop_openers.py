@@ -9,15 +9,13 @@ import unittest
 from clients import (KDE_OPENER, OPENERS, OWN_OPENERS, READ_HOSTS, expect_recovery, installed,
                      link_to, page_of, session_variables)
 from desktop import NAME, PROGRAM, Desktop, log_message, page_link
-from road import messages_of
+from road import RoadTestCase, messages_of
 from session import Pages
 
 COUNT = 200
 
 
-class OpenersTest(unittest.TestCase):
-    maxDiff = None
-
+class OpenersTest(RoadTestCase):
     def setUp(self):
         self.openers, missing = installed(OPENERS)
         if missing:
@@ -48,7 +46,7 @@ class OpenersTest(unittest.TestCase):
                     self.desktop.end_programs()
                     listener = self.desktop.listen("-log")
                     self.follow(name, link_to(page, prefix))
-                    self.assertEqual(listener.messages(4), messages_of(link_to(page, prefix)))
+                    self.expect_messages(listener, link_to(page, prefix))
                     self.assertEqual(self.desktop.opened(), page)
                     self.assertEqual(listener.end().output, "")
 
@@ -114,7 +112,7 @@ class OpenersTest(unittest.TestCase):
         plain = page_link("https://page.test/abc")
         self.assertTrue(plain.removeprefix("screenpop://").isalnum())
         self.follow(KDE_OPENER, plain)
-        self.assertEqual(listener.messages(4)[1], "process uri: " + plain.lower())
+        self.expect_messages(listener, plain.lower())
         self.assertEqual(listener.end().output, "")
 
     def test_lxqts_opener_starts_the_program_without_a_link_with_slashes(self):

@@ -6,10 +6,10 @@ from browser import Site
 from clients import expect_recovery, link_to, page_of, session_variables
 from desktop import Desktop
 from firefox import Firefox
-from road import messages_of
+from road import RoadTestCase
 
 
-class FirefoxTest(unittest.TestCase):
+class FirefoxTest(RoadTestCase):
     def start(self, permitted=True):
         self.desktop = Desktop(self, screen=True, **session_variables("GNOME"))
         self.site = Site(self)
@@ -23,9 +23,8 @@ class FirefoxTest(unittest.TestCase):
         self.firefox.click("#link")
 
     def expect_page(self):
-        link, page = self.site.link, page_of("firefox")
-        self.assertEqual(self.listener.messages(4), messages_of(link))
-        self.assertEqual(self.desktop.opened(), page)
+        self.expect_messages(self.listener, self.site.link)
+        self.assertEqual(self.desktop.opened(), page_of("firefox"))
 
     def test_with_the_policy_no_question_comes(self):
         self.start()
