@@ -96,7 +96,3 @@ class ChromiumTest(RoadTestCase):
         self.expect_open()
         self.answer("Return")
         self.assertEqual(self.site.report(), "answered")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -118,7 +118,3 @@ class OpenersTest(RoadTestCase):
     def test_lxqts_opener_starts_the_program_without_a_link_with_slashes(self):
         self.expect_start_without_link("qtxdg-mat", "open", link_to(page_of("host"), "screenpop://"),
                                        **session_variables("LXQt"))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -77,7 +77,3 @@ class FirefoxTest(RoadTestCase):
         self.click(link_to(page_of("firefox")))
         self.expect_page()
         self.assertEqual(self.listener.end().output, "")
-
-
-if __name__ == "__main__":
-    unittest.main()

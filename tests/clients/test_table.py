@@ -24,7 +24,3 @@ class TableTest(unittest.TestCase):
                                 stdout=subprocess.PIPE, encoding="utf-8").stdout
         words = listed.replace("[", " ").replace("]", " ").replace(":", " ").split()
         self.assertLessEqual({package for package, _ in table.rows()}, set(words))
-
-
-if __name__ == "__main__":
-    unittest.main()

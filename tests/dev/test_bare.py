@@ -37,7 +37,3 @@ class Bare(unittest.TestCase):
             self.expect_failure("bookworm", "true", status=77,
                                 errors="This machine refuses namespaces: .*",
                                 PATH=f"{folder}:{os.environ['PATH']}")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -54,7 +54,3 @@ class Configuring(unittest.TestCase):
             finally:
                 process.kill()
         self.assertEqual(self.lines("calls"), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -154,7 +154,3 @@ class Setup(unittest.TestCase):
         self.assertIn("\n  libboost-json-dev of at least 1.81, for reading and writing JSON\n",
                       done.errors)
         self.assertEqual(len(done.errors.splitlines()), 1 + len(OFFERED))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -101,7 +101,3 @@ class SettingsTest(unittest.TestCase):
             self.assertEqual(desktop.daemon.output.next(), line)
         self.assertEqual([log_message(desktop.daemon.output.next()) for _ in messages_of(second)],
                          messages_of(second))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -126,7 +126,3 @@ class MakingTest(unittest.TestCase):
 
 def without_time(line):
     return re.sub(r"^Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> ", PREFIX, line)
-
-
-if __name__ == "__main__":
-    unittest.main()

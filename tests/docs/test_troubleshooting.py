@@ -76,7 +76,3 @@ class TroubleshootingTest(unittest.TestCase):
         for line, form in zip(lines, expected):
             self.assertRegex(line, f"^{pattern(form)}$")
         self.assertEqual(len(lines), len(expected))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -10,7 +10,3 @@ class FortifiedTest(unittest.TestCase):
         # The one function that gives an array to a function of C's with a checked form.
         found = [code for name, code in own_functions().items() if "9scopeNameE" in name]
         self.assertEqual([calls(code, "__snprintf_chk") for code in found], [True])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -392,7 +392,3 @@ class HandlerOfManyLayouts(HandlerTestCase):
         print(f"{plain} of {plain_for_gio} everyday answers are plain")
         self.assertGreater(plain_for_gio, LAYOUTS / 2)
         self.assertGreater(plain, 0.4 * plain_for_gio)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ import datetime
 import json
 import os
 import re
-import unittest
 
 import judge
 from judge import data_lines, text_event
@@ -228,7 +227,3 @@ class Output(judge.JudgeTest):
         os.close(writer)
         application.process.wait(judge.LIMIT)
         self.assertEqual(application.process.returncode, 0)
-
-
-if __name__ == "__main__":
-    unittest.main()

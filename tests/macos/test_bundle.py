@@ -124,7 +124,3 @@ class Icon(unittest.TestCase):
             sizes.append(struct.unpack(">II", image[16:24]))
             at += length
         self.assertEqual(sizes, [(size, size) for size in (32, 64, 128, 256, 512, 1024)])
-
-
-if __name__ == "__main__":
-    unittest.main()

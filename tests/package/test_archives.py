@@ -3,7 +3,6 @@
 import os
 import subprocess
 import tarfile
-import unittest
 
 from packages import COMMON_FILES, NAME, PackageTestCase, mode_of, package, run
 
@@ -95,7 +94,3 @@ class Tarball(ArchiveTestCase):
         self.expect_success("tar", "--extract", "--no-same-owner", "--directory", root, "--file",
                             package("vastel-connect-*.tar.gz"))
         self.expect_runs(root, "/usr/local")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,7 +3,6 @@
 import os
 import re
 import subprocess
-import unittest
 
 from packages import LIMIT, PackageTestCase
 
@@ -70,7 +69,3 @@ class Completions(PackageTestCase):
         self.assertEqual(zsh.wait(LIMIT), 0)
         with open(folder + "/offered", encoding="utf-8") as file:
             self.assertEqual(set(file.read().split()), self.switches)
-
-
-if __name__ == "__main__":
-    unittest.main()

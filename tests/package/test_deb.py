@@ -1,6 +1,5 @@
 """The Debian package."""
 
-import unittest
 
 from packages import COMMON_FILES, NAME, PackageTestCase, mode_of, package, run
 
@@ -51,7 +50,3 @@ class Deb(PackageTestCase):
                      "lib/systemd/user/vastel-connect.service"):
             with open(f"{root}/usr/{name}", encoding="utf-8") as file:
                 self.assertRegex(file.read(), "(?m)^(Exec|ExecStart)=/usr/bin/vastel-connect ")
-
-
-if __name__ == "__main__":
-    unittest.main()

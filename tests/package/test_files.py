@@ -4,7 +4,6 @@ import os
 import re
 import struct
 import subprocess
-import unittest
 
 from packages import LIMIT, NAME, PackageTestCase, run
 
@@ -50,7 +49,3 @@ class InstalledFiles(PackageTestCase):
                      STAGE + "/share/systemd/user/vastel-connect.service",
                      environment={"XDG_RUNTIME_DIR": self.folder()})
         self.assertEqual((result.status, result.output, result.errors), (0, "", ""))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 """The life of an installation: from a system without the program to one without it."""
 
 import re
-import unittest
 
 from packages import NAME, PackageTestCase, package
 from tree import Tree
@@ -99,7 +98,3 @@ class UnpackedArchive(InstallationTestCase):
         self.assertEqual(
             self.tree.run("readlink", f"/proc/{self.tree.owner()}/exe").strip(),
             "/usr/local/bin/vastel-connect")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ test follows hostile links of all kinds; here stands what has a form of its own.
 import json
 import os
 import socket
-import unittest
 
 from gi.repository import Gio, GLib
 
@@ -230,7 +229,3 @@ class RawSender:
             if not block:
                 raise EOFError
             text += block
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,7 +3,6 @@
 import os
 import resource
 import time
-import unittest
 
 from desktop import Desktop, page_link
 from road import LINK, RoadTestCase, descriptors, messages_of, pages
@@ -84,7 +83,3 @@ class BrokenMachineTest(RoadTestCase):
                 self.assertIn(time.strftime("%Y-%m-%dT%H:%M:%S%z", time.localtime(seconds)),
                               listener.output.next())
             desktop.opened()
-
-
-if __name__ == "__main__":
-    unittest.main()

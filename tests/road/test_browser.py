@@ -1,7 +1,6 @@
 """A link on a web page, clicked in Chromium, opens its page in the same browser."""
 
 import os
-import unittest
 
 import browser
 from desktop import PROGRAM, Desktop
@@ -78,7 +77,3 @@ class BrowserTest(RoadTestCase):
         self.assertEqual(sorted(self.chromium.addresses()), sorted([start, self.page]))
         self.assertEqual(self.site.requests, [
             "/call", "/customer?number=+31201234567&name=Jansen,%20M."])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ import contextlib
 import os
 import re
 import signal
-import unittest
 
 from desktop import PROGRAM, Desktop, children, wait_for_end
 from road import BUSY, LINK, PAGE, RoadTestCase, bulky_link, descriptors, messages_of, pages
@@ -179,7 +178,3 @@ class FaultsTest(RoadTestCase):
                 self.assertIn(offset + '","event"', line)
                 self.assertIn(message.partition(":")[0], line)
             self.assertEqual(desktop.opened(), PAGE)
-
-
-if __name__ == "__main__":
-    unittest.main()

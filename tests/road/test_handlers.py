@@ -2,7 +2,6 @@
 
 import os
 import signal
-import unittest
 
 from gi.repository import Gio, GLib
 
@@ -287,7 +286,3 @@ class HandlersTest(RoadTestCase):
                 self.expect_silence(desktop.run(LINK, XDG_ACTIVATION_TOKEN=token,
                                                 DESKTOP_STARTUP_ID=token))
                 self.expect_tokens(desktop)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 """Who takes the links, and until when."""
 
 import signal
-import unittest
 
 from gi.repository import Gio
 
@@ -253,7 +252,3 @@ class ListenersTest(RoadTestCase):
         # At most it had still to lie down.
         self.assertLessEqual(switches() - before, 1)
         self.assertEqual(status_of(listener.pid)["Threads"], "1")
-
-
-if __name__ == "__main__":
-    unittest.main()

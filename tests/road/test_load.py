@@ -4,7 +4,6 @@ links, at that size, with figures."""
 import os
 import threading
 import time
-import unittest
 
 from gi.repository import Gio, GLib
 
@@ -127,7 +126,3 @@ class LoadTest(RoadTestCase):
         # Counted in levels.
         self.expect_linear("JSON of 100,000 and 800,000 levels",
                            lambda size: make_link('{"a":' * size + "1" + "}" * size), 100_000)
-
-
-if __name__ == "__main__":
-    unittest.main()

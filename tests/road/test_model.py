@@ -23,7 +23,3 @@ class ModelTest(unittest.TestCase):
     def test_what_links_are_told_while_readers_of_the_log_stall_is_true(self):
         told = Stalls(self, seed=1).run(20)
         self.assertEqual(len(told), 3)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 twice."""
 
 import subprocess
-import unittest
 
 from desktop import HERE, Desktop, page_link
 from road import DISPLAY, LINK, PAGE, TEXTS, RoadTestCase, bulky_link, pages
@@ -90,7 +89,3 @@ class OpenersTest(RoadTestCase):
 
     def test_a_launcher_that_ends_at_once_loses_no_link_cold(self):
         self.expect_none_lost(self.launch_and_end, cold=True)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 """The road of a link: from whoever follows it, over the session bus or a command line, to the page
 in its default handler."""
 
-import unittest
 
 from gi.repository import Gio, GLib
 
@@ -189,7 +188,3 @@ class RoadTest(RoadTestCase):
                                                 "does not carry it\n")
                 self.assertEqual((result.output, result.status), ("", 1))
         self.expect_link(desktop, listener)
-
-
-if __name__ == "__main__":
-    unittest.main()

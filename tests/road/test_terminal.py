@@ -13,7 +13,6 @@ import signal
 import socket
 import termios
 import time
-import unittest
 
 from desktop import (DATA, LIMIT, PROGRAM, Desktop, golden, log_message, make_link, page_link,
                      status_of)
@@ -493,7 +492,3 @@ class TerminalTest(RoadTestCase):
         self.assertEqual(int(status_of(process.pid)["SigIgn"], 16) & 1, 1)
         desktop.opened()
         self.assertEqual(process.end().status, 0)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 """What a link may hold, and what comes of many links at once."""
 
 import base64
-import unittest
 
 from desktop import Desktop, make_link, page_link
 from model import expect
@@ -136,7 +135,3 @@ class TextsTest(RoadTestCase):
         self.assertEqual(desktop.opened_all(20), pages(20))
         desktop.wait_until(lambda: len(answers) == 20)
         self.assertEqual(set(answers), {None})
-
-
-if __name__ == "__main__":
-    unittest.main()
