@@ -4,7 +4,6 @@ import concurrent.futures
 import functools
 import os
 import subprocess
-import unittest
 
 from clients import (KDE_OPENER, OPENERS, OWN_OPENERS, READ_HOSTS, expect_recovery, installed,
                      link_to, page_of, session_variables)
