@@ -13,8 +13,9 @@ def style():
     light = "".join(f".{name} {{ fill: {part[1]}; }}\n" for name, part in zip(names, PARTS.values()))
     dark = "".join(f".{name} {{ fill: {part[2]}; }}\n" for name, part in zip(names, PARTS.values()))
     return (f"<style>\ntext {{ font: 13px system-ui, sans-serif; fill: #1f2328; }}\n"
-            f"path {{ stroke: #d1d9e0; }}\n{light}@media (prefers-color-scheme: dark) {{\n"
-            f"text {{ fill: #f0f6fc; }}\npath {{ stroke: #3d444d; }}\n{dark}}}\n</style>\n")
+            f"path {{ stroke: #d1d9e0; }}\n.page {{ fill: #ffffff; }}\n{light}"
+            f"@media (prefers-color-scheme: dark) {{\ntext {{ fill: #f0f6fc; }}\n"
+            f"path {{ stroke: #3d444d; }}\n.page {{ fill: #0d1117; }}\n{dark}}}\n</style>\n")
 
 
 def text(x, y, words, anchor="start"):
@@ -63,4 +64,5 @@ def timeline(results):
         drawn += text(x + 8, y + 13, f"{row['ours']:.1f} ms ours")
     return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" '
             f'viewBox="0 0 {WIDTH} {height}" role="img">\n<title>From the click, and from the '
-            f"opener's start, to the page's handler</title>\n{style()}{drawn}</svg>\n")
+            f"opener's start, to the page's handler</title>\n{style()}"
+            f'<rect class="page" width="100%" height="100%"/>\n{drawn}</svg>\n')

@@ -28,10 +28,12 @@ text { fill: #1f2328; white-space: pre; }
 .title { font-weight: bold; }
 rect { fill: #f6f8fa; stroke: #59636e; }
 path { fill: none; stroke: #59636e; }
+.page { fill: #ffffff; stroke: none; }
 @media (prefers-color-scheme: dark) {
 text { fill: #f0f6fc; }
 rect { fill: #151b23; stroke: #9198a1; }
 path { stroke: #9198a1; }
+.page { fill: #0d1117; }
 }
 </style>
 """
@@ -88,7 +90,7 @@ def draw_arrow(y, what):
 def picture(title, parts, height):
     return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" '
             f'viewBox="0 0 {WIDTH} {height}" role="img">\n<title>{escape(title)}</title>\n'
-            f"{STYLE}{''.join(parts)}</svg>\n")
+            f'{STYLE}<rect class="page" width="100%" height="100%"/>\n{"".join(parts)}</svg>\n')
 
 
 def road_picture(lines, call, handler):

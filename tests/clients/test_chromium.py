@@ -1,6 +1,5 @@
 """Chromium on each desktop: clicks, and the answers to its question."""
 
-
 from browser import Chromium, Site, need
 from clients import DESKTOPS, expect_recovery, link_to, page_of, session_variables
 from desktop import Desktop

@@ -1,6 +1,5 @@
 """Firefox with and without the policy, and its question."""
 
-
 from browser import Site
 from clients import expect_recovery, link_to, page_of, session_variables
 from desktop import Desktop
