@@ -38,8 +38,9 @@ struct Everything {
   std::optional<Url> url;
   std::vector<Everything> inner;  // none or one
   std::optional<std::vector<Everything>> array;
-  std::optional<Dictionary<Everything>> dictionary;
-  std::optional<Dictionary<std::vector<Everything>>> arrays;
+  // Of a record that is whole here, as std::map wants it.
+  std::optional<Dictionary<Small>> dictionary;
+  std::optional<Dictionary<std::vector<Small>>> arrays;
 
   static std::optional<Everything> fromJson(const JSON& json);
   [[nodiscard]] std::optional<JSON> toJson() const;
@@ -70,8 +71,8 @@ std::optional<Everything> Everything::fromJson(const JSON& json) {
   if (auto inner = Decoder::decodeRecord<Everything>("records.inner")(json))
     record.inner = {*inner};
   record.array = Decoder::decodeRecordArray<Everything>("records.array")(json);
-  record.dictionary = Decoder::decodeRecordDictionary<Everything>("records.dictionary")(json);
-  record.arrays = Decoder::decodeRecordArrayDictionary<Everything>("records.arrays")(json);
+  record.dictionary = Decoder::decodeRecordDictionary<Small>("records.dictionary")(json);
+  record.arrays = Decoder::decodeRecordArrayDictionary<Small>("records.arrays")(json);
   return record;
 }
 
@@ -98,8 +99,8 @@ std::optional<JSON> Everything::toJson() const {
       Encoder::encodeRecord<Everything>("records.inner")(inner.empty() ? std::nullopt
                                                                        : std::optional(inner[0])),
       Encoder::encodeRecordArray<Everything>("records.array")(array),
-      Encoder::encodeRecordDictionary<Everything>("records.dictionary")(dictionary),
-      Encoder::encodeRecordArrayDictionary<Everything>("records.arrays")(arrays),
+      Encoder::encodeRecordDictionary<Small>("records.dictionary")(dictionary),
+      Encoder::encodeRecordArrayDictionary<Small>("records.arrays")(arrays),
   });
 }
 
@@ -188,7 +189,7 @@ class Generator {
  public:
   Everything record(int depth) {
     const auto inner = [&] { return record(depth - 1); };
-    const auto small = [&] { return Everything{.text = text()}; };
+    const auto small = [&] { return Small{static_cast<int>(below(1000))}; };
     Everything made;
     made.text = maybe([&] { return text(); });
     made.boolean = maybe([&] { return below(2) == 1; });
@@ -212,7 +213,7 @@ class Generator {
     if (depth > 0) {
       if (below(2) == 0) made.inner = {inner()};
       made.array = maybe([&] { return some(inner); });
-      made.dictionary = maybe([&] { return named(inner); });
+      made.dictionary = maybe([&] { return named(small); });
       made.arrays = maybe([&] { return named([&] { return some(small); }); });
     }
     return made;
