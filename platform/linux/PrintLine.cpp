@@ -30,21 +30,19 @@ void onAlarm(int /*number*/) {
   ::dup2(nullDevice, STDOUT_FILENO);
 }
 
-void handle(int number, void (*handler)(int), int flags) {
+/// A write that the signal finds waiting returns.
+void handle(int number, void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;
-  action.sa_flags = flags;
   ::sigaction(number, &action, nullptr);
 }
 
 void prepare() {
   nullDevice = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   for (const int number : kEndingSignals) {
-    if (::sigismember(&host().endingSignals, number) == 1) {
-      handle(number, onEndingSignal, SA_RESTART);
-    }
+    if (::sigismember(&host().endingSignals, number) == 1) handle(number, onEndingSignal);
   }
-  handle(SIGALRM, onAlarm, 0);
+  handle(SIGALRM, onAlarm);
   sigset_t alarm;
   sigemptyset(&alarm);
   sigaddset(&alarm, SIGALRM);
