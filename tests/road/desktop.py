@@ -510,7 +510,9 @@ def children(pid):
     """The children of a process."""
     found = []
     for task in os.listdir(f"/proc/{pid}/task"):
-        with open(f"/proc/{pid}/task/{task}/children", encoding="ascii") as file:
+        # The thread may have ended meanwhile.
+        with contextlib.suppress(FileNotFoundError), open(
+                f"/proc/{pid}/task/{task}/children", encoding="ascii") as file:
             found += map(int, file.read().split())
     return found
 
