@@ -63,11 +63,12 @@ class HardenedFunctions(unittest.TestCase):
         self.functions = own_functions()
 
     def test_arrays_are_guarded(self):
-        for name in ("decodeBase64", "localTimeText"):
-            with self.subTest(name):
+        # An optimizing compiler puts the second's array into its callers.
+        for names in ("decodeBase64", "localTimeText|jsonLogDate"):
+            with self.subTest(names):
                 found = [code for mangled, code in self.functions.items()
-                         if re.search(rf"\d{name}(B5cxx11)?E", mangled)]
-                self.assertEqual([calls(code, "__stack_chk_fail") for code in found], [True])
+                         if re.search(rf"\d({names})(B5cxx11)?E", mangled)]
+                self.assertTrue(any(calls(code, "__stack_chk_fail") for code in found))
 
     @unittest.skipUnless(os.uname().machine == "x86_64", "other processors have other marks")
     def test_functions_are_marked_as_targets_of_jumps(self):
