@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "text/Ascii.h"
 #include "text/Utf8.h"
 
 namespace Vastel_Connect {
@@ -28,10 +29,6 @@ bool areWritable(const JSON& members) {
   });
 }
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 /// The same document with no exponent of more than nine digits. Beyond those, a number is zero or
 /// infinite whatever its other digits are, as long as they are fewer than a billion.
 std::string withShortExponents(std::string_view text) {
@@ -45,7 +42,7 @@ std::string withShortExponents(std::string_view text) {
     if (inString && c == '\\' && at != text.end()) result += *at++;
     if (inString || (c != 'e' && c != 'E')) continue;
     if (at != text.end() && (*at == '+' || *at == '-')) result += *at++;
-    const auto end = std::find_if_not(at, text.end(), isDigit);
+    const auto end = std::find_if_not(at, text.end(), isAsciiDigit);
     const auto first = std::find_if(at, end, [](char digit) { return digit != '0'; });
     result += end - first > 9 ? "999999999" : std::string_view(at, end);
     at = end;
