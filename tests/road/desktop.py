@@ -373,9 +373,13 @@ class Desktop:
         """Installs a program that reports how it was started, as a page."""
         # For programs of another user, who may not read the tests.
         os.chmod(shutil.copy(HERE + "/report.py", self.folder), 0o644)
-        # The shell still has the signals as they were; Python changes some when it starts.
+        # The shell still has the signals as they were, as long as it starts nothing: Debian 13's
+        # blocks them all meanwhile. Python changes some when it starts.
         return self.install_script(path, f"""
-status="$(/bin/cat /proc/$$/status)"
+while IFS= read -r line; do
+  status="$status$line
+"
+done < /proc/$$/status
 exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status" "$0" "$@"
 """)
 
