@@ -6,7 +6,8 @@
 namespace Vastel_Connect::reference {
 
 std::optional<KeyFileContent> keyFile(std::string_view text) {
-  // Printable ASCII but for the brackets; in keys, no blank either, not even in a language's name.
+  // Printable ASCII except for the brackets; in keys, no blank either, not even in a language's
+  // name.
   static const std::regex group(R"(\[([ -Z\\^-~]+)\])");
   static const std::regex entry(R"(([!-<>-Z\\^-~]+(?:\[[!-<>-Z\\^-~]+\])?)[ \t]*=[ \t]*(.*))");
   KeyFileContent content;

@@ -10,7 +10,7 @@ namespace {
 template <typename Integer>
 std::optional<Integer> exactFromReal(double real) {
   using Limits = std::numeric_limits<Integer>;
-  // The comparisons are false for NaN. Of the range's end only the value after it surely is a real.
+  // The comparisons are false for NaN. Not every max() is a double, but max() + 1 is one always.
   const bool inRange =
       real >= static_cast<double>(Limits::min()) && real < std::ldexp(1.0, Limits::digits);
   if (!inRange || std::trunc(real) != real) return std::nullopt;

@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +20,20 @@ inline constexpr const char* kBusName = "com.vastel.Connect";
 inline constexpr const char* kObjectPath = "/com/vastel/Connect";
 inline constexpr const char* kApplicationInterface = "org.freedesktop.Application";
 
-/// The process-wide state behind the functions of Platform.h. Main thread only, but for the last.
+/// What printLine knows of standard output.
+struct Output {
+  /// For the signal handlers, which are set with the first line.
+  std::once_flag prepared;
+  /// Takes the place of a reader that is stuck.
+  int nullDevice = -1;
+  /// The signal to end that came while a line was written; otherwise 0.
+  volatile std::sig_atomic_t endingSignal = 0;
+  /// The line before was not written to its end.
+  std::atomic<bool> isBrokenOff = false;
+};
+
+/// The process-wide state behind the functions of Platform.h. Main thread only, except for
+/// `terminating` and `output`.
 struct Host {
   /// Those that are valid UTF-8, the program's own path first.
   std::vector<std::string> arguments;
@@ -33,10 +47,11 @@ struct Host {
   sd_bus* bus = nullptr;
   /// Null before the application's event loop is made.
   sd_event* eventLoop = nullptr;
-  /// The signals that end the event loop. They are blocked, but while a line is written.
+  /// The signals that end the event loop. They are blocked, except while a line is written.
   sigset_t endingSignals{};
   /// The event loop has ended, or is about to.
   std::atomic<bool> terminating = false;
+  Output output;
 };
 
 [[nodiscard]] Host& host();

@@ -32,7 +32,7 @@ Texts currentDesktops() {
   return splitText(asciiLowerCase(environmentText("XDG_CURRENT_DESKTOP")), ':');
 }
 
-/// Appends the applications that a key lists, but for those in `except`. False when the list is not
+/// Appends the applications that a key lists, without those in `except`. False when the list is not
 /// plain.
 bool appendList(const KeyFile& file, std::string_view group, const std::string& type,
                 const Texts& except, Texts& list) {
@@ -68,7 +68,7 @@ struct Associations {
   Texts removed;
 };
 
-/// Absent when a file is not plain. What belongs to one desktop has no say but in defaults.
+/// Absent when a file is not plain. The lists of one desktop count for defaults only.
 std::optional<Associations> readAssociations(const MimeFolder& folder, const std::string& type) {
   Associations result;
   const auto file = KeyFile::read(folder.path + "/mimeapps.list");

@@ -21,8 +21,8 @@ struct MimeFolder {
 /// A desktop entry that may be the one.
 struct Candidate {
   std::string id;
-  /// The number of the first folder whose entry of that name was meant: those before it must not
-  /// have one.
+  /// The number of the folder whose list named the entry. One of that name in an earlier folder
+  /// shadows it.
   std::size_t firstFolder = 0;
 };
 

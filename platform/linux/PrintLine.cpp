@@ -3,9 +3,9 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <mutex>
 #include <string>
 
 #include "platform/Platform.h"
@@ -17,17 +17,14 @@ namespace {
 /// A reader that does not take the rest of a line so soon after a signal to end is stuck.
 constexpr unsigned kLastWaitSeconds = 1;
 
-volatile std::sig_atomic_t endingSignal = 0;
-int nullDevice = -1;
-
 void onEndingSignal(int number) {
-  endingSignal = number;
+  host().output.endingSignal = number;
   ::alarm(kLastWaitSeconds);
 }
 
 /// Breaks off what is being written, or about to be. Nothing follows it.
 void onAlarm(int /*number*/) {
-  ::dup2(nullDevice, STDOUT_FILENO);
+  ::dup2(host().output.nullDevice, STDOUT_FILENO);
 }
 
 /// A write that the signal finds waiting returns.
@@ -38,7 +35,7 @@ void handle(int number, void (*handler)(int)) {
 }
 
 void prepare() {
-  nullDevice = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  host().output.nullDevice = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   for (const int number : kEndingSignals) {
     if (::sigismember(&host().endingSignals, number) == 1) handle(number, onEndingSignal);
   }
@@ -60,10 +57,11 @@ class InterruptibleWriting {
   }
   ~InterruptibleWriting() {
     ::pthread_sigmask(SIG_BLOCK, &host().endingSignals, nullptr);
-    if (host().terminating || endingSignal != 0) ::alarm(0);
-    if (endingSignal == 0) return;
-    ::kill(::getpid(), endingSignal);  // Now for the event loop.
-    endingSignal = 0;
+    const int signal = host().output.endingSignal;
+    if (host().terminating || signal != 0) ::alarm(0);
+    if (signal == 0) return;
+    ::kill(::getpid(), signal);  // Now for the event loop.
+    host().output.endingSignal = 0;
   }
   InterruptibleWriting(const InterruptibleWriting&) = delete;
   InterruptibleWriting& operator=(const InterruptibleWriting&) = delete;
@@ -72,16 +70,16 @@ class InterruptibleWriting {
 }  // namespace
 
 void printLine(std::string_view line) {
-  [[maybe_unused]] static const bool prepared = (prepare(), true);
-  static std::atomic<bool> isBrokenOff = false;
-  const std::string text = std::string(isBrokenOff ? "\n" : "").append(line).append("\n");
+  Output& output = host().output;
+  std::call_once(output.prepared, prepare);
+  const std::string text = std::string(output.isBrokenOff ? "\n" : "").append(line).append("\n");
   const InterruptibleWriting writing;
-  // One write, but for a reader that takes less at a time.
+  // One write, unless the reader takes less at a time.
   for (std::string_view rest = text; !rest.empty();) {
     const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
     if (written >= 0) {
       rest.remove_prefix(static_cast<std::size_t>(written));
-      isBrokenOff = !rest.empty();
+      output.isBrokenOff = !rest.empty();
     } else if (errno == EAGAIN) {
       pollfd reader{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
       ::poll(&reader, 1, -1);

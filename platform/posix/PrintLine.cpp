@@ -10,7 +10,7 @@ namespace Vastel_Connect::platform {
 
 void printLine(std::string_view line) {
   const std::string text = std::string(line).append("\n");
-  // One write, but for a reader that takes less at a time.
+  // One write, unless the reader takes less at a time.
   for (std::string_view rest = text; !rest.empty();) {
     const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
     if (written >= 0) {
