@@ -14,6 +14,8 @@ class Bare(unittest.TestCase):
     def expect_failure(self, *arguments, errors, status, **environment):
         before = os.listdir(SYSTEMS) if os.path.exists(SYSTEMS) else []
         with tempfile.TemporaryDirectory(prefix="connect-test-") as folder:
+            # The system's own users pass through it when it is made and removed.
+            os.chmod(folder, 0o755)
             done = subprocess.run([ROOT + "/dev/bare", *arguments], timeout=LIMIT, check=False,
                                   env={**os.environ, "TMPDIR": folder, **environment},
                                   stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8")
