@@ -1,9 +1,9 @@
 """What the tests with real clients have in common."""
 
+import json
 import shutil
 
-from browser import encode_record
-from desktop import page_link
+from model import make_link, page_link
 
 # Whose names in XDG_CURRENT_DESKTOP `xdg-open` and browsers go by.
 DESKTOPS = ["GNOME", "ubuntu:GNOME", "KDE", "XFCE", "MATE", "LXQt", "X-Cinnamon", "LXDE", "sway"]
@@ -40,9 +40,10 @@ def page_of(name):
 
 def link_to(page, prefix="screenpop:"):
     """A link whose base64 has all three signs of base64."""
-    payload = encode_record({"WebPage": page})
-    assert set("+/=") <= set(payload)
-    return prefix + payload
+    text = json.dumps({"SubHeader": ">>>???", "WebPage": page})
+    link = make_link(text + " " * (len(text) % 3 == 0), prefix)
+    assert set("+/=") <= set(link.partition(":")[2].removeprefix("//"))
+    return link
 
 
 # Links that no client should send.

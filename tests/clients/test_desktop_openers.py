@@ -7,7 +7,8 @@ import subprocess
 
 from clients import (KDE_OPENER, OPENERS, OWN_OPENERS, READ_HOSTS, expect_recovery, installed,
                      link_to, page_of, session_variables)
-from desktop import NAME, PROGRAM, Desktop, log_message, page_link
+from desktop import NAME, PROGRAM, Desktop, log_message
+from model import page_link
 from road import RoadTestCase, messages_of
 from session import Pages
 

@@ -6,8 +6,8 @@ import subprocess
 import tempfile
 import unittest
 
-from desktop import STAGE, make_link, page_link
-from model import expect
+from desktop import STAGE
+from model import expect, make_link, page_link
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 

@@ -1,16 +1,12 @@
 """Links of all kinds, for a comparison of what is said about them with what becomes of them."""
 
-import base64
 import json
 
-from desktop import DATA, make_link, page_link
+from desktop import DATA
+from model import make_link, page_link
 
 PAGE = "https://page.test/"
 RECORD = json.dumps({"WebPage": PAGE})
-
-
-def of_bytes(data, prefix="screenpop:"):
-    return prefix + base64.b64encode(data).decode()
 
 
 def forms():
@@ -55,10 +51,10 @@ def encodings():
         b"\xfe", b"\xff",
     ]
     record = RECORD.encode()
-    return [*(of_bytes(record.replace(b"test/", b"test/" + piece)) for piece in pieces),
-            of_bytes(b"\xef\xbb\xbf" + record), of_bytes(record.decode().encode("utf-16")),
-            of_bytes(record.decode().encode("utf-16-le")), of_bytes(b"\0" + record),
-            of_bytes(record + b"\0"), of_bytes(record[:-2] + b"\0" + record[-2:])]
+    return [*(make_link(record.replace(b"test/", b"test/" + piece)) for piece in pieces),
+            make_link(b"\xef\xbb\xbf" + record), make_link(record.decode().encode("utf-16")),
+            make_link(record.decode().encode("utf-16-le")), make_link(b"\0" + record),
+            make_link(record + b"\0"), make_link(record[:-2] + b"\0" + record[-2:])]
 
 
 def documents():

@@ -6,7 +6,8 @@ import plistlib
 import re
 import unittest
 
-from desktop import DATA, NAME, PROGRAM, STAGE, Desktop, golden, log_message, page_link
+from desktop import DATA, NAME, PROGRAM, STAGE, Desktop, golden, log_message
+from model import page_link
 from road import LINK, PAGE, messages_of
 
 ROOT = pathlib.Path(DATA).parents[1]

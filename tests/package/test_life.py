@@ -5,7 +5,8 @@ import re
 from packages import NAME, PackageTestCase, package
 from tree import Tree
 
-from desktop import OBJECT, page_link, wait_for_end
+from desktop import OBJECT, wait_for_end
+from model import page_link
 
 # What apt and dpkg remember of all that they did.
 MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/dpkg/status-old|"

@@ -1,6 +1,5 @@
 """Chromium on a private desktop, and the site of a web client in it."""
 
-import base64
 import functools
 import http.server
 import json
@@ -177,11 +176,3 @@ class Chromium:
         request = urllib.request.Request(self._session + path, data, method=method)
         with urllib.request.urlopen(request, timeout=LIMIT) as response:
             return json.load(response)["value"]
-
-
-def encode_record(record):
-    """The base64 of a record, with all three signs of base64 in it."""
-    text = json.dumps({"SubHeader": ">>>???", **record})
-    while len(text) % 3 == 0:
-        text += " "
-    return base64.b64encode(text.encode()).decode()

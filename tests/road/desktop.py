@@ -1,7 +1,6 @@
 """A private desktop for the tests of the built program: folders, a session bus and a default
 handler of their own, and nothing of the desktop of whoever runs them."""
 
-import base64
 import contextlib
 import ctypes
 import json
@@ -45,16 +44,6 @@ def golden(*names):
         with open(f"{DATA}/{name}.txt", encoding="utf-8", newline="") as file:
             texts.append(file.read())
     return "".join(texts)
-
-
-def make_link(record, prefix="screenpop://"):
-    """The link of a request: of a record, or of a JSON text as it stands."""
-    text = record if isinstance(record, str) else json.dumps(record, ensure_ascii=False)
-    return prefix + base64.b64encode(text.encode()).decode()
-
-
-def page_link(page, prefix="screenpop://", **members):
-    return make_link({"WebPage": page, **members}, prefix)
 
 
 def log_message(line):

@@ -6,9 +6,19 @@ import json
 import re
 import types
 
-from desktop import make_link, page_link
 
 DEPTH_LIMIT = 512
+
+
+def make_link(record, prefix="screenpop://"):
+    """The link of a request: of a record, or of a JSON text or bytes as they stand."""
+    data = record if isinstance(record, (str, bytes)) else json.dumps(record, ensure_ascii=False)
+    data = data.encode() if isinstance(data, str) else data
+    return prefix + base64.b64encode(data).decode()
+
+
+def page_link(page, prefix="screenpop://", **members):
+    return make_link({"WebPage": page, **members}, prefix)
 
 
 def expect(link):

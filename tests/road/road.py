@@ -5,8 +5,8 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Desktop, make_link, page_link
-from model import expect
+from desktop import Desktop
+from model import expect, make_link, page_link
 
 PAGE = "https://page.test/"
 LINK = page_link(PAGE)

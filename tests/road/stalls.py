@@ -8,7 +8,8 @@ import signal
 import sys
 import unittest
 
-from desktop import SERVICE, Desktop, page_link
+from desktop import SERVICE, Desktop
+from model import page_link
 from road import BUSY
 from session import Pages
 

@@ -7,7 +7,8 @@ import socket
 
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, make_link, page_link
+from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
+from model import make_link, page_link
 from road import LINK, PAGE, RoadTestCase
 
 SWITCHES = ("-help", "/help", "-h", "-changelog", "-showuri", "-log", "-jsonlog", "--dbus-service")

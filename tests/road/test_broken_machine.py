@@ -4,7 +4,8 @@ import os
 import resource
 import time
 
-from desktop import Desktop, page_link
+from desktop import Desktop
+from model import page_link
 from road import LINK, RoadTestCase, descriptors, messages_of, pages
 from session import Pages
 

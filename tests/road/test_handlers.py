@@ -5,7 +5,8 @@ import signal
 
 from gi.repository import Gio, GLib
 
-from desktop import Desktop, children, page_link, status_of, wait_for_end
+from desktop import Desktop, children, status_of, wait_for_end
+from model import page_link
 from road import LINK, PAGE, RoadTestCase, pages
 
 

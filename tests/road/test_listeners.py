@@ -4,7 +4,8 @@ import signal
 
 from gi.repository import Gio
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, golden, page_link, status_of
+from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, golden, status_of
+from model import page_link
 from road import (FATAL, LINK, PAGE, RoadTestCase, bulky_link, messages_of,
                   pages)
 

@@ -7,7 +7,8 @@ import time
 
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, LIMIT, NAME, OBJECT, Desktop, make_link, page_link
+from desktop import INTERFACE, LIMIT, NAME, OBJECT, Desktop
+from model import make_link, page_link
 from road import RoadTestCase, descriptors, messages_of
 from session import Pages
 

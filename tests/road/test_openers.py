@@ -3,7 +3,8 @@ twice."""
 
 import subprocess
 
-from desktop import HERE, Desktop, page_link
+from desktop import HERE, Desktop
+from model import page_link
 from road import DISPLAY, LINK, PAGE, TEXTS, RoadTestCase, bulky_link, pages
 from session import Pages
 

@@ -4,7 +4,8 @@ in its default handler."""
 
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, page_link, status_of
+from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, status_of
+from model import page_link
 from road import LINK, PAGE, RoadTestCase, messages_of, pages
 
 

@@ -14,8 +14,8 @@ import socket
 import termios
 import time
 
-from desktop import (DATA, LIMIT, PROGRAM, Desktop, golden, log_message, make_link, page_link,
-                     status_of)
+from desktop import DATA, LIMIT, PROGRAM, Desktop, golden, log_message, status_of
+from model import make_link, page_link
 from road import LINK, PAGE, RoadTestCase, messages_of
 
 SWITCHES = {

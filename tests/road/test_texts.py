@@ -1,9 +1,7 @@
 """What a link may hold, and what comes of many links at once."""
 
-import base64
-
-from desktop import Desktop, make_link, page_link
-from model import expect
+from desktop import Desktop
+from model import expect, make_link, page_link
 from road import LINK, PAGE, TEXTS, RoadTestCase, bulky_link, messages_of, pages
 
 
@@ -14,7 +12,6 @@ class TextsTest(RoadTestCase):
         desktop = Desktop(self)
         listener = desktop.listen("-jsonlog")
         payload = LINK.partition("://")[2]
-        base64_of = lambda data: "screenpop://" + base64.b64encode(data).decode()
         links = [
             "",
             "screenpop",
@@ -42,13 +39,13 @@ class TextsTest(RoadTestCase):
             "screenpop:eyJhIjoxfQ=",
             "screenpop:_-_-",
             "screenpop://Köln",
-            base64_of(b"\xff"),
-            base64_of(b'{"WebPage":"\xed\xa0\x80"}'),
-            base64_of(b"{"),
-            base64_of(b'"' + PAGE.encode() + b'"'),
-            base64_of(b"null"),
-            base64_of(b"[" * 513 + b"]" * 513),
-            base64_of(b"{}\0"),
+            make_link(b"\xff"),
+            make_link(b'{"WebPage":"\xed\xa0\x80"}'),
+            make_link(b"{"),
+            make_link(b'"' + PAGE.encode() + b'"'),
+            make_link(b"null"),
+            make_link(b"[" * 513 + b"]" * 513),
+            make_link(b"{}\0"),
             make_link({}),
             make_link({"webpage": PAGE}),
             make_link({"WebPage": 7}),
