@@ -71,6 +71,7 @@ TEST(ValueOf, TakesIntegersThatTheTypeHolds) {
   EXPECT_EQ(taken<std::uint64_t>({"18446744073709551615", "1.8446744073709549568e19",
                                   "18446744073709551616", "-1", "-1.0"}),
             (Texts{"18446744073709551615", "1.8446744073709549568e19"}));
+  EXPECT_EQ(valueOf<int>(JsonValue(std::uint64_t{5})), 5);
   EXPECT_EQ(valueOf<int>(JsonValue(std::nan(""))), std::nullopt);
 }
 

@@ -119,6 +119,12 @@ TEST(DateFormatter, ReadsADayThatExistsInALeapYear) {
   EXPECT_EQ(formatter(kIsoPattern).dateFromString("2020-02-29T00:00:00Z"), at(1582934400));
 }
 
+TEST(DateFormatter, ReadsTheLargestOffsets) {
+  const auto iso = formatter(kIsoPattern);
+  EXPECT_EQ(iso.dateFromString("2018-03-05T14:07:09+23:59"), at(1520258829 - 86340));
+  EXPECT_EQ(iso.dateFromString("2018-03-05T14:07:09-23:59"), at(1520258829 + 86340));
+}
+
 TEST(DateFormatter, ReadsTheDefaultZonesTimeWithoutAnOffset) {
   const InZone zone("Europe/Berlin");
   const auto local = formatter("yyyy-MM-dd HH:mm:ss");
