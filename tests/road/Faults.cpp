@@ -1,4 +1,9 @@
-// Loaded before the program by the tests: a machine whose memory fails once, or whose clock is set.
+// Loaded before the program by the tests: a machine whose memory fails once, whose clock is set, or
+// whose bus is slow.
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +21,7 @@ long failing = 0;
 long allocations = 0;
 const char* countFile = nullptr;
 const char* clockFile = nullptr;
+bool isBusSlow = false;
 
 /// Takes a variable out of the environment, so that no child has it.
 const char* take(const char* variable) {
@@ -30,6 +36,7 @@ const char* take(const char* variable) {
   failing = number != nullptr ? std::atol(number) : 0;
   countFile = take("FAULTS_COUNT");
   clockFile = take("FAULTS_CLOCK");
+  isBusSlow = take("FAULTS_SLOW_BUS") != nullptr;
   allocations = 0;
 }
 
@@ -61,6 +68,15 @@ void* calloc(std::size_t count, std::size_t size) {
 
 void* realloc(void* memory, std::size_t size) {
   return fails() ? nullptr : __libc_realloc(memory, size);
+}
+
+/// Finds no room every other time.
+ssize_t sendmsg(int socket, const msghdr* message, int flags) {
+  static bool isFull = false;
+  isFull = isBusSlow && !isFull;
+  if (!isFull) return ::syscall(SYS_sendmsg, socket, message, flags);
+  errno = EAGAIN;
+  return -1;
 }
 
 /// The seconds that stand in the file, which is the time everywhere.

@@ -1,4 +1,4 @@
-"""A machine without memory or descriptors, and one whose clock is set."""
+"""A machine without memory or descriptors, one whose clock is set, and one whose bus is slow."""
 
 import os
 import resource
@@ -6,7 +6,7 @@ import time
 
 from desktop import Desktop
 from model import page_link
-from road import LINK, RoadTestCase, descriptors, messages_of, pages
+from road import FATAL, LINK, RoadTestCase, descriptors, messages_of, pages
 from session import Pages
 
 FAULTS = os.environ["CONNECT_FAULTS"]
@@ -75,7 +75,8 @@ class BrokenMachineTest(RoadTestCase):
         desktop = Desktop(self)
         clock = desktop.folder + "/clock"
         listener = None
-        for seconds in (1_900_000_000, 0, 4_102_444_799, 951_782_399, 1_900_000_001):
+        # Among them a 1st of January that belongs to the last week of the year before.
+        for seconds in (1_900_000_000, 0, 4_102_444_799, 951_782_399, 1_798_804_800, 1_900_000_001):
             with open(clock, "w", encoding="ascii") as file:
                 file.write(str(seconds))
             listener = listener or desktop.listen("-jsonlog", LD_PRELOAD=FAULTS, FAULTS_CLOCK=clock)
@@ -84,3 +85,13 @@ class BrokenMachineTest(RoadTestCase):
                 self.assertIn(time.strftime("%Y-%m-%dT%H:%M:%S%z", time.localtime(seconds)),
                               listener.output.next())
             desktop.opened()
+
+    def test_a_link_is_answered_before_it_is_carried_out_however_slow_the_bus_is(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log", LD_PRELOAD=FAULTS, FAULTS_SLOW_BUS="1")
+        self.expect_link(desktop, listener)
+        answers = []
+        desktop.call_open([FATAL], answers)
+        desktop.wait_until(lambda: answers)
+        self.assertEqual(answers, [None])
+        self.assertEqual(listener.finish().status, 70)

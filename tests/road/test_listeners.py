@@ -78,23 +78,46 @@ class ListenersTest(RoadTestCase):
         self.assertRegex(result.errors, r"\Avastel-connect: the link was refused: [^\n]+\n\Z")
         self.assertEqual((result.output, result.status), ("", 1))
 
-    def follow_where_open_is_refused(self, desktop, error):
-        """Follows a link while this process has the name, which it gives back when it answers the
-        call with an error of this name."""
-        def on_call(_bus, _sender, _path, _interface, _method, _parameters, invocation):
-            desktop.ask_bus("ReleaseName", NAME)
-            invocation.return_dbus_error(error, "as the test has it")
+    def refuse_open(self, desktop, error, on_call):
+        """Takes the name for this process, which answers each Open with an error of this name after
+        `on_call`. The result takes the object away again."""
+        def answer(*arguments):
+            on_call()
+            arguments[-1].return_dbus_error(error, "as the test has it")
 
         interface = Gio.DBusNodeInfo.new_for_xml(f"""<node><interface name="{INTERFACE}">
             <method name="Open"><arg type="as" direction="in"/><arg type="a{{sv}}" direction="in"/>
             </method></interface></node>""").interfaces[0]
-        number = desktop.bus.register_object(OBJECT, interface, on_call, None, None)
+        number = desktop.bus.register_object(OBJECT, interface, answer, None, None)
         self.own_name(desktop)
+        return lambda: desktop.bus.unregister_object(number)
+
+    def follow_where_open_is_refused(self, desktop, error):
+        """Follows a link while this process has the name, which it gives back when it answers the
+        call with an error of this name."""
+        unregister = self.refuse_open(desktop, error,
+                                      lambda: desktop.ask_bus("ReleaseName", NAME))
         owners = len(desktop.names_seen())
         follower = desktop.start(LINK)
         desktop.wait_until(lambda: len(desktop.names_seen()) > owners)
-        desktop.bus.unregister_object(number)
+        unregister()
         return follower
+
+    def test_an_owner_that_never_takes_a_link_is_not_asked_for_ever(self):
+        desktop = Desktop(self)
+        for error, reason in (("NoReply", "the application ends before it answers"),
+                              ("ServiceUnknown", f"{NAME} changes hands all the time")):
+            with self.subTest(error=error):
+                calls = []
+                unregister = self.refuse_open(desktop, "org.freedesktop.DBus.Error." + error,
+                                              lambda: calls.append(None))
+                follower = desktop.start(LINK)
+                desktop.wait_until(lambda: len(calls) == 100)
+                result = follower.finish()
+                unregister()
+                desktop.ask_bus("ReleaseName", NAME)
+                self.assertEqual(result.errors, f"vastel-connect: the link was not taken: {reason}\n")
+                self.assertEqual((result.output, result.status), ("", 1))
 
     def test_an_error_that_says_nobody_is_there_makes_the_application_of_a_link(self):
         desktop = Desktop(self, service=None)
