@@ -48,7 +48,7 @@ void measureCore(Samples& samples, int rounds) {
   const struct {
     const char* name;
     std::size_t size;
-  } rows[] = {{"100 B", 100}, {"2 KiB", 2048}, {"1 MiB", 1 << 20}, {"10 MiB", 10 << 20}};
+  } rows[] = {{"2 KiB", 2048}, {"10 MiB", 10 << 20}};
   for (const auto& [name, size] : rows) {
     const std::string link = linkOf(size);
     const std::size_t count = size < kBatch ? kBatch / size : 1;

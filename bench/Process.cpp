@@ -25,14 +25,6 @@ void fail(const std::string& what) {
   std::exit(1);
 }
 
-Variable::Variable(const char* name, const char* value) : name_(name) {
-  ::setenv(name, value, 1);
-}
-
-Variable::~Variable() {
-  ::unsetenv(name_);
-}
-
 pid_t start(const std::vector<std::string>& arguments) {
   static const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
   return start(arguments, nowhere, nowhere);

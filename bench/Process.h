@@ -14,18 +14,6 @@ namespace Vastel_Connect::bench {
 /// Ends the measurement with a line on standard error.
 [[noreturn]] void fail(const std::string& what);
 
-/// A variable of the environment for as long as this lives; it was unset before.
-class Variable {
- public:
-  Variable(const char* name, const char* value);
-  ~Variable();
-  Variable(const Variable&) = delete;
-  Variable& operator=(const Variable&) = delete;
-
- private:
-  const char* name_;
-};
-
 /// Starts a program with the environment of this process. Its standard output goes to /dev/null.
 pid_t start(const std::vector<std::string>& arguments);
 /// The same with descriptors for its standard input and output.

@@ -34,12 +34,6 @@ double startUntilHandler(const Desktop& desktop, const Arguments& arguments) {
   return time;
 }
 
-/// As on a desktop whose opener xdg-open knows.
-double startOnNamedDesktop(const Desktop& desktop, const Arguments& arguments) {
-  const Variable name("XDG_CURRENT_DESKTOP", "GNOME");
-  return startUntilHandler(desktop, arguments);
-}
-
 }  // namespace
 
 void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, int rounds) {
@@ -52,9 +46,6 @@ void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, i
   const auto byCommand = [&desktop](const Arguments& arguments) {
     return [&desktop, arguments] { return startUntilHandler(desktop, arguments); };
   };
-  const auto onNamedDesktop = [&desktop](const Arguments& arguments) {
-    return [&desktop, arguments] { return startOnNamedDesktop(desktop, arguments); };
-  };
   const PageOpener ours({programs.folder + "/bench_open_pages"});
   const PageOpener gio({programs.folder + "/bench_open_pages_gio"});
   const PageOpener spawn(
@@ -65,7 +56,6 @@ void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, i
   samples.compare("road", "opening call to handler, slow peers", "ms", rounds / 8 + 3,
                   {{"ours", byProgram(ours)},
                    {"gio open", byCommand({"gio", "open", kPage})},
-                   {"xdg-open, named desktop", onNamedDesktop({"xdg-open", kPage})},
                    {"xdg-open, generic", byCommand({"xdg-open", kPage})}});
 
   const pid_t application = start({programs.connect});
@@ -82,12 +72,6 @@ void measureRoad(Samples& samples, Desktop& desktop, const Programs& programs, i
                     byCommand({programs.folder + "/bench_bare_call", kLink, programs.handler(),
                                desktop.socketPath(), kPage})}});
   stop(bare);
-  samples.compare(
-      "road", "Exec to handler, slow peers", "ms", rounds / 8 + 3,
-      {{"ours", byCommand({programs.connect, kLink})},
-       {"PyGObject and xdg-open",
-        onNamedDesktop({programs.python, programs.scripts + "/open_link.py", kLink})},
-       {"Node and xdg-open", onNamedDesktop({"node", programs.scripts + "/open_link.js", kLink})}});
   stop(application);
   desktop.waitForName(kName, false);
 }

@@ -24,13 +24,10 @@ void measureStart(Samples& samples, Desktop& desktop, const Programs& programs, 
   samples.compare("start", "start to name", "ms", rounds,
                   {ours,
                    {"sd-bus in C", peer({programs.folder + "/bench_bare_sd_bus"})},
-                   {"GDBus in C", peer({programs.folder + "/bench_bare_gdbus"})},
                    {"GApplication in C", peer({programs.folder + "/bench_bare_gapplication"})}});
   samples.compare(
       "start", "start to name, slow peers", "ms", rounds / 8 + 3,
-      {ours,
-       {"PyGObject", peer({programs.python, programs.scripts + "/bare_gapplication.py"})},
-       {"Node", peer({"node", programs.scripts + "/bare_bus.js"})}});
+      {ours, {"PyGObject", peer({"/usr/bin/python3", BENCH_PEERS "/bare_gapplication.py"})}});
 }
 
 }  // namespace Vastel_Connect::bench

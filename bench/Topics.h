@@ -15,8 +15,6 @@ inline const std::string kPeerName = "com.vastel.Bare";
 struct Programs {
   std::string connect = BENCH_CONNECT;
   std::string folder = BENCH_PROGRAMS;
-  std::string scripts = BENCH_SCRIPTS;
-  std::string python = "/usr/bin/python3";
 
   [[nodiscard]] std::string handler() const { return folder + "/bench_handler"; }
 };

@@ -3,6 +3,7 @@
 Each runs on a bus of its own. This script loads none of the libraries that they do, since a page
 that two processes map counts half for each.
 """
+import contextlib
 import json
 import os
 import re
@@ -18,10 +19,8 @@ def contestants(programs, connect):
     return {
         "ours": [connect],
         "sd-bus in C": [f"{programs}/bench_bare_sd_bus"],
-        "GDBus in C": [f"{programs}/bench_bare_gdbus"],
         "GApplication in C": [f"{programs}/bench_bare_gapplication"],
         "PyGObject": ["/usr/bin/python3", f"{PEERS}/bare_gapplication.py"],
-        "Node": ["node", f"{PEERS}/bare_bus.js"],
     }
 
 
@@ -99,30 +98,22 @@ def measure_memory(rows, name, arguments):
         rows.add("PSS alone", "MB", name, pss)
         rows.add("private dirty alone", "MB", name, dirty)
         rows.add("threads", "", name, len(os.listdir(f"/proc/{process}/task")))
-        bus.start(["gdbus", "monitor", "--session", "--dest", "com.vastel.None"])
-        time.sleep(0.5)
-        rows.add("PSS beside a GLib program", "MB", name, memory(process)[0])
 
 
 def measure_idling(rows, all_arguments, seconds):
-    with tempfile.TemporaryDirectory() as folder:
-        buses = {}
-        try:
-            for name, arguments in all_arguments.items():
-                os.mkdir(f"{folder}/{len(buses)}")
-                bus = Bus(f"{folder}/{len(buses)}")
-                buses[name] = bus, bus.start(arguments)
-            time.sleep(2)
-            before = {name: switches(process) for name, (_, process) in buses.items()}
-            time.sleep(seconds)
-            for name, (_, process) in buses.items():
-                woken = switches(process) - before[name]
-                rows.add(f"wake-ups in {seconds} idle seconds", "", name, woken)
-            calls = system_calls(buses["ours"][1], seconds)
-            rows.add(f"system calls in {seconds} idle seconds", "", "ours", calls)
-        finally:
-            for bus, _ in buses.values():
-                bus.__exit__()
+    with contextlib.ExitStack() as stack:
+        processes = {}
+        for name, arguments in all_arguments.items():
+            bus = stack.enter_context(Bus(stack.enter_context(tempfile.TemporaryDirectory())))
+            processes[name] = bus.start(arguments)
+        time.sleep(2)
+        before = {name: switches(process) for name, process in processes.items()}
+        time.sleep(seconds)
+        for name, process in processes.items():
+            woken = switches(process) - before[name]
+            rows.add(f"wake-ups in {seconds} idle seconds", "", name, woken)
+        calls = system_calls(processes["ours"], seconds)
+        rows.add(f"system calls in {seconds} idle seconds", "", "ours", calls)
 
 
 def main():
