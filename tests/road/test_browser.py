@@ -3,34 +3,26 @@
 import os
 
 import browser
+from clients import link_to
 from desktop import PROGRAM, Desktop
 from road import RoadTestCase
 
 
 class BrowserTest(RoadTestCase):
-    def test_link_in_gnome_reaches_running_program(self):
-        self.check_running_program("GNOME", "screenpop:")
+    def on_each_desktop(self, check):
+        """Where Chromium asks another opener, and with both spellings."""
+        for current_desktop in ("GNOME", None):
+            for prefix in ("screenpop:", "screenpop://"):
+                with self.subTest(desktop=current_desktop, prefix=prefix):
+                    self.make_desktop(current_desktop, prefix)
+                    check()
+                self.doCleanups()
 
-    def test_link_with_slashes_in_gnome_reaches_running_program(self):
-        self.check_running_program("GNOME", "screenpop://")
+    def test_a_link_reaches_the_running_program(self):
+        self.on_each_desktop(self.check_running_program)
 
-    def test_link_in_plain_session_reaches_running_program(self):
-        self.check_running_program(None, "screenpop:")
-
-    def test_link_with_slashes_in_plain_session_reaches_running_program(self):
-        self.check_running_program(None, "screenpop://")
-
-    def test_link_in_gnome_starts_program(self):
-        self.check_start("GNOME", "screenpop:")
-
-    def test_link_with_slashes_in_gnome_starts_program(self):
-        self.check_start("GNOME", "screenpop://")
-
-    def test_link_in_plain_session_starts_program(self):
-        self.check_start(None, "screenpop:")
-
-    def test_link_with_slashes_in_plain_session_starts_program(self):
-        self.check_start(None, "screenpop://")
+    def test_a_link_starts_the_program(self):
+        self.on_each_desktop(self.check_start)
 
     def test_without_the_policy_the_question_comes_first(self):
         self.make_desktop("GNOME", "screenpop:", permitted=False)
@@ -44,27 +36,23 @@ class BrowserTest(RoadTestCase):
         self.assertEqual(listener.end().output, "")
         self.assertEqual(self.site.requests, ["/call"])
 
-    def check_running_program(self, current_desktop, protocol):
-        self.make_desktop(current_desktop, protocol)
+    def check_running_program(self):
         listener = self.desktop.listen("-log")
         self.click_link()
         self.expect_messages(listener, self.site.link)
         self.assertEqual(listener.end().output, "")
 
-    def check_start(self, current_desktop, protocol):
-        self.make_desktop(current_desktop, protocol)
+    def check_start(self):
         self.assertIsNone(self.desktop.owner())
         self.click_link()
         self.assertEqual(os.path.realpath(f"/proc/{self.desktop.owner()}/exe"),
                          os.path.realpath(PROGRAM))
 
-    def make_desktop(self, current_desktop, protocol, permitted=True):
+    def make_desktop(self, current_desktop, prefix, permitted=True):
         self.desktop = Desktop(self, screen=True, XDG_CURRENT_DESKTOP=current_desktop)
         self.site = browser.Site(self)
         self.page = f"{self.site.origin}/customer?number=+31201234567&name=Jansen,%20M.#call"
-        payload = browser.encode_record({"WebPage": self.page})
-        self.assertLessEqual(set("+/="), set(payload))
-        self.site.link = protocol + payload
+        self.site.link = link_to(self.page, prefix)
         self.chromium = browser.Chromium(self, self.desktop, self.site.origin if permitted else None)
         self.desktop.install_handler(["http"], self.chromium.command)
 
