@@ -452,6 +452,19 @@ class TerminalTest(RoadTestCase):
                          "vastel-connect: no session bus, so no link can arrive\n")
         self.assertEqual(result.status, 1)
 
+    def test_a_bus_that_ends_before_a_link_is_handed_over_is_none(self):
+        desktop = Desktop(self, bus=False)
+        with socket.socket(socket.AF_UNIX) as bus:
+            bus.bind(desktop.folder + "/bus")
+            bus.listen()
+            process = desktop.start(
+                LINK, DBUS_SESSION_BUS_ADDRESS=f"unix:path={desktop.folder}/bus")
+            bus.accept()[0].close()
+        result = process.finish()
+        self.assertEqual((result.output, result.errors, result.status), (
+            golden("banner"), "vastel-connect: no session bus, so no link can arrive\n", 1))
+        self.assertEqual(desktop.opened(), PAGE)
+
     def test_without_a_bus_launch_links_are_handled_before_the_banner(self):
         desktop = Desktop(self, bus=False)
         pages = ["https://page.test/1", "https://page.test/2"]
