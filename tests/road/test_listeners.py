@@ -226,6 +226,15 @@ class ListenersTest(RoadTestCase):
         self.assertEqual((result.output, result.errors, result.status),
                          ("", "vastel-connect: the session bus is gone\n", 1))
 
+    def test_a_signal_comes_before_an_end_of_the_bus(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        listener.send(signal.SIGSTOP)
+        desktop.kill_bus()
+        listener.send(signal.SIGTERM)
+        listener.send(signal.SIGCONT)
+        self.expect_silence(listener.finish())
+
     def test_the_end_of_the_bus_ends_a_program_that_it_has_just_started(self):
         desktop = Desktop(self)
         desktop.ask_bus("StartServiceByName", NAME, 0)
