@@ -16,7 +16,8 @@ sys.path[:0] = [f"{HERE}/../tests/{folder}" for folder in ("road", "clients")]
 
 from browser import Chromium, Site
 from clients import KDE_OPENER, link_to, page_of, session_variables
-from desktop import LIMIT, NAME, STAGE, Desktop
+from desktop import NAME, STAGE, Desktop
+from processes import LIMIT
 
 OPENERS = {"GNOME": ["gio", "open"], "KDE": [KDE_OPENER], "XFCE": ["exo-open"],
            "none": ["xdg-open"]}

@@ -45,6 +45,7 @@ def follow_link(stage):
     os.environ["CONNECT_STAGE"] = stage
     sys.path.insert(0, str(FOLDER.parents[1] / "tests/road"))
     import desktop  # It wants the variable above.
+    from processes import golden
 
     with contextlib.ExitStack() as stack:
         session = desktop.Desktop(types.SimpleNamespace(addCleanup=stack.callback))
@@ -52,7 +53,7 @@ def follow_link(stage):
                                 f"--match=type='method_call',interface='{desktop.INTERFACE}'")
         monitor.errors.next()  # It watches from here on.
         listener = session.start("-log")
-        count = len(desktop.golden("banner").splitlines())
+        count = len(golden("banner").splitlines())
         lines = [listener.output.next() for _ in range(count)]
         session.wait_for_owner(listener.pid)
         assert session.spawn("gio", "open", LINK).wait() == 0

@@ -6,7 +6,7 @@ import socket
 import subprocess
 
 from browser import need, with_policy
-from desktop import LIMIT
+from processes import LIMIT
 
 # Nothing but what a test asks for: no first pages, no reports, no updates, no look-ups.
 PREFERENCES = {

@@ -5,7 +5,7 @@ import select
 from Xlib import XK, X, display
 from Xlib.ext import xtest
 
-from desktop import LIMIT
+from processes import LIMIT
 
 
 class Screen:

@@ -7,8 +7,9 @@ import subprocess
 
 from clients import (KDE_OPENER, OPENERS, OWN_OPENERS, READ_HOSTS, expect_recovery, installed,
                      link_to, page_of, session_variables)
-from desktop import NAME, PROGRAM, Desktop, log_message
+from desktop import NAME, PROGRAM, Desktop
 from model import page_link
+from processes import log_message
 from road import RoadTestCase, messages_of
 from session import Pages
 

@@ -10,8 +10,8 @@ from packages import LIMIT, PackageTestCase, package
 from tree import HOME
 
 from clients import link_to, page_of
-from desktop import DATA, log_message, wait_for_end
 from model import make_link
+from processes import DATA, log_message, wait_for_end
 from road import messages_of
 from test_troubleshooting import commands, pattern
 

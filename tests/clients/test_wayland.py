@@ -10,7 +10,8 @@ import unittest
 
 from browser import Site, need
 from clients import KDE_OPENER, link_to
-from desktop import LIMIT, PROGRAM, STAGE, Desktop
+from desktop import PROGRAM, STAGE, Desktop
+from processes import LIMIT
 from firefox import PREFERENCES
 
 HERE = os.path.dirname(os.path.abspath(__file__))

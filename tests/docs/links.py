@@ -2,8 +2,8 @@
 
 import json
 
-from desktop import DATA
 from model import make_link, page_link
+from processes import DATA
 
 PAGE = "https://page.test/"
 RECORD = json.dumps({"WebPage": PAGE})

@@ -6,8 +6,9 @@ import plistlib
 import re
 import unittest
 
-from desktop import DATA, NAME, PROGRAM, STAGE, Desktop, golden, log_message
+from desktop import NAME, PROGRAM, STAGE, Desktop
 from model import page_link
+from processes import DATA, golden, log_message
 from road import LINK, PAGE, messages_of
 
 ROOT = pathlib.Path(DATA).parents[1]

@@ -4,7 +4,8 @@ import pathlib
 import re
 import unittest
 
-from desktop import DATA, PROGRAM, Desktop
+from desktop import PROGRAM, Desktop
+from processes import DATA
 
 PAGE = pathlib.Path(DATA).parents[1] / "docs/troubleshooting.md"
 

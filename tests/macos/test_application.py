@@ -8,7 +8,7 @@ import judge
 from judge import data_lines, text_event
 from model import expect, make_link, page_link
 
-BANNER = data_lines("banner.txt")
+BANNER = data_lines("banner")
 SET_HANDLER = "@set handler GURL GURL AppDelegate UriEventHandlerWithEvent:withReplyEvent:"
 REMOVE_HANDLER = "@remove handler GURL GURL"
 METHODS = ("window setWindow: applicationWillFinishLaunching: applicationDidFinishLaunching: "
@@ -44,15 +44,15 @@ class Life(judge.JudgeTest):
     def test_registers_before_it_reads_the_command_line(self):
         application = self.start("-log")
         self.assertEqual(application.lines_until("@did finish launching"), LAUNCH)
-        self.assertEqual([application.line() for _ in BANNER], BANNER)
+        self.assertEqual([application.output.next() for _ in BANNER], BANNER)
         self.assertEqual(application.terminate(), ENDED_BY_SYSTEM)
-        self.assertEqual(application.process.returncode, 0)
+        self.assertEqual(application.wait(), 0)
 
     def test_handles_the_link_that_launched_it_without_a_log_line(self):
         application = self.start("-log", "-jsonlog", launch=text_event(page_link(PAGE)))
         self.assertEqual(application.lines_until("@did finish launching"),
                          LAUNCH + ["@open " + PAGE])
-        self.assertEqual([application.line() for _ in BANNER], BANNER)
+        self.assertEqual([application.output.next() for _ in BANNER], BANNER)
         self.assertEqual(application.terminate(), ENDED_BY_SYSTEM)
 
     def test_keeps_the_methods_in_order(self):
@@ -84,7 +84,7 @@ class Switches(judge.JudgeTest):
         for argument, name in (("-help", "usage"), ("-h", "usage"), ("-HELP", "usage"),
                                ("-changelog", "changelog"), ("-showuri", "showuri")):
             with self.subTest(argument):
-                self.assertEqual(self.printed(argument), data_lines("banner.txt", f"{name}.txt"))
+                self.assertEqual(self.printed(argument), data_lines("banner", name))
 
     def test_with_a_slash_open_no_file(self):
         for argument, name in (("/help", "usage"), ("/h", "usage"), ("/changelog", "changelog"),
@@ -92,7 +92,7 @@ class Switches(judge.JudgeTest):
             with self.subTest(argument):
                 launch = WILL_FINISH + ["@pass over " + argument[1:]] + LAUNCHED
                 self.assertEqual(self.printed(argument, launch=launch),
-                                 data_lines("banner.txt", f"{name}.txt"))
+                                 data_lines("banner", name))
 
     def test_leave_the_opening_of_files_to_who_asks_for_it(self):
         lines = self.run_through("/help", "-NSTreatUnknownArgumentsAsOpen", "YES")
@@ -100,7 +100,7 @@ class Switches(judge.JudgeTest):
 
     def test_print_in_their_own_order(self):
         self.assertEqual(self.printed("-showuri", "/changelog", "-log", "-help"),
-                         data_lines("banner.txt", "usage.txt", "changelog.txt", "showuri.txt"))
+                         data_lines("banner", "usage", "changelog", "showuri"))
 
     def test_for_the_log_print_nothing_at_the_start(self):
         for argument in ("-log", "/log", "-jsonlog", "/jsonlog", "--help", "help", "-help=1"):
@@ -116,7 +116,7 @@ class Events(judge.JudgeTest):
                      "tel:+31201234567", "mailto:someone@example.org?subject=a%2Bb",
                      "custom.scheme+x:opaque"):
             with self.subTest(page):
-                self.assertEqual(application.send(text_event(page_link(page))),
+                self.assertEqual(application.send_event(text_event(page_link(page))),
                                  logged(page_link(page)) + ["@open " + page])
 
     def test_open_nothing_that_forms_no_url_or_has_no_scheme(self):
@@ -124,19 +124,19 @@ class Events(judge.JudgeTest):
         for page in ("http://h/a b", "http://h/\u00e9", "a%zz:", "", "foo", "/etc/passwd",
                      "--help"):
             with self.subTest(page):
-                self.assertEqual(application.send(text_event(page_link(page))),
+                self.assertEqual(application.send_event(text_event(page_link(page))),
                                  logged(page_link(page)))
 
     def test_without_a_usable_text_are_logged(self):
         application = self.start_waiting("-log")
         for event in (None, {}, {"----": {}}, {"---x": {"text": "screenpop:e30="}}):
             with self.subTest(event):
-                self.assertEqual(application.send(event),
+                self.assertEqual(application.send_event(event),
                                  plain("new uri event", "no event data"))
 
     def test_are_logged_before_they_are_looked_into(self):
         application = self.start_waiting("-log")
-        self.assertEqual(application.send({"watched": True, **text_event("no colon")}),
+        self.assertEqual(application.send_event({"watched": True, **text_event("no colon")}),
                          plain("new uri event") + ["@asked for ----"]
                          + plain("process uri: no colon", "invalid protocol"))
 
@@ -144,7 +144,7 @@ class Events(judge.JudgeTest):
         application = self.start_waiting("-jsonlog")
         for text in ("", "caf\u00e9 \U0001F600", "a\x7f", " x ", "tab\there"):
             with self.subTest(text):
-                self.assertEqual(application.send(text_event(text)),
+                self.assertEqual(application.send_event(text_event(text)),
                                  as_json(*expect(text).messages))
 
     def test_are_rejected_each_in_its_own_words(self):
@@ -152,17 +152,17 @@ class Events(judge.JudgeTest):
         for uri in ("no colon", "mailto:someone@example.org", "screenpop://", "ScreenPop:e30=",
                     "a\0b:c"):
             with self.subTest(uri):
-                self.assertEqual(application.send(text_event(uri)), logged(uri))
+                self.assertEqual(application.send_event(text_event(uri)), logged(uri))
 
     def test_are_silent_without_a_log_switch(self):
         application = self.start_waiting()
-        self.assertEqual(application.send(text_event("x")), [])
-        self.assertEqual(application.send(text_event(page_link(PAGE))),
+        self.assertEqual(application.send_event(text_event("x")), [])
+        self.assertEqual(application.send_event(text_event(page_link(PAGE))),
                          ["@open " + PAGE])
 
     def test_give_a_plain_line_before_a_json_line(self):
         application = self.start_waiting("-log", "-jsonlog")
-        self.assertEqual(application.send(text_event("x")),
+        self.assertEqual(application.send_event(text_event("x")),
                          [line for message in expect("x").messages
                           for line in plain(message) + as_json(message)])
 
@@ -171,7 +171,7 @@ class Events(judge.JudgeTest):
         uri = make_link('[{"WebPage":"https://crm.example/"}]')
         application.start_event(text_event(uri))
         self.assertEqual([judge.without_time(line) for line in application.rest()], logged(uri))
-        self.assertNotEqual(application.process.returncode, 0)
+        self.assertNotEqual(application.wait(), 0)
 
 
 class Time(judge.JudgeTest):
@@ -208,5 +208,4 @@ class Output(judge.JudgeTest):
         os.close(reader)
         application = self.start("-log", "/help", output=writer)
         os.close(writer)
-        application.process.wait(judge.LIMIT)
-        self.assertEqual(application.process.returncode, 0)
+        self.assertEqual(application.wait(), 0)

@@ -5,8 +5,9 @@ import re
 from packages import NAME, PackageTestCase, package
 from tree import Tree
 
-from desktop import OBJECT, wait_for_end
+from desktop import OBJECT
 from model import page_link
+from processes import wait_for_end
 
 # What apt and dpkg remember of all that they did.
 MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/dpkg/status-old|"

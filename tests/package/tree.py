@@ -14,7 +14,8 @@ sys.path[:0] = [HERE, os.path.join(os.path.dirname(HERE), "road")]
 
 from packages import LIMIT
 
-from desktop import NAME, Lines, children, wait_for_end
+from desktop import NAME
+from processes import Lines, children, wait_for_end
 
 ARCHIVE = os.environ["CONNECT_TREE"]
 # It says that the tree is there. The shell reaps what is left behind.

@@ -11,7 +11,7 @@ import subprocess
 import threading
 import urllib.request
 
-from desktop import LIMIT
+from processes import LIMIT
 
 POLICIES = pathlib.Path(__file__).resolve().parents[2] / "packaging/policies"
 POLICY_ORIGIN = "https://phone.example.com"

@@ -2,7 +2,6 @@
 handler of their own, and nothing of the desktop of whoever runs them."""
 
 import contextlib
-import ctypes
 import json
 import os
 import re
@@ -16,6 +15,9 @@ import types
 
 from gi.repository import Gio, GLib
 
+from processes import (LIMIT, Process, adopt_orphans, children, descendants, is_program,
+                       parse_status, wait_for_descendants, wait_for_end)
+
 NAME = "com.vastel.Connect"
 OBJECT = "/com/vastel/Connect"
 INTERFACE = "org.freedesktop.Application"
@@ -27,138 +29,6 @@ with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as 
 # The command with which the bus starts the program.
 SERVICE = re.search("^Exec=(.*)$", SERVICE_FILE, re.MULTILINE).group(1)
 HERE = os.path.dirname(os.path.abspath(__file__))
-DATA = os.path.join(os.path.dirname(HERE), "data")
-
-# In this many seconds, whatever a test waits for has happened, however busy the machine is.
-LIMIT = int(os.environ.get("CONNECT_LIMIT", "60"))
-
-# Under nohup, the programs would ignore this signal as well, and so not end by it.
-if signal.getsignal(signal.SIGHUP) == signal.SIG_IGN:
-    signal.signal(signal.SIGHUP, lambda *_: None)
-
-
-def golden(*names):
-    """The texts of golden files, one after the other."""
-    texts = []
-    for name in names:
-        with open(f"{DATA}/{name}.txt", encoding="utf-8", newline="") as file:
-            texts.append(file.read())
-    return "".join(texts)
-
-
-def log_message(line):
-    """The message of a log line of either form."""
-    if line.startswith("{"):
-        return json.loads(line)["message"]
-    match = re.fullmatch(r"Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> (.*)", line)
-    assert match, f"not a log line: {line!r}"
-    return match[2]
-
-
-class Lines:
-    """The lines that arrive in a pipe."""
-
-    def __init__(self, pipe):
-        self._pipe = pipe
-        self._text = bytearray()
-
-    def next(self):
-        """The next line, without its line feed."""
-        block = self._text
-        while b"\n" not in block:
-            block = self._read()
-            if not block:
-                raise EOFError(f"after {self._text[-200:]!r}")
-        end = self._text.index(b"\n")
-        line = self._text[:end].decode()
-        del self._text[:end + 1]
-        return line
-
-    def is_ready(self):
-        """Whether a line has been read already."""
-        return b"\n" in self._text
-
-    def skip(self):
-        """Passes over what has arrived."""
-        while select.select([self._pipe], [], [], 0)[0] and self._read():
-            pass
-        self._text.clear()
-
-    def rest(self):
-        """All that comes until the other side closes the pipe."""
-        while self._read():
-            pass
-        rest, self._text = self._text, bytearray()
-        return rest.decode()
-
-    def close(self):
-        self._pipe.close()
-
-    def _read(self):
-        if not select.select([self._pipe], [], [], LIMIT)[0]:
-            raise TimeoutError(f"nothing arrives after {self._text[-200:]!r}")
-        block = os.read(self._pipe.fileno(), 1 << 20)
-        self._text += block
-        return block
-
-
-class Process:
-    """A program on the private desktop. `output` and `errors` are the lines that it writes, as far
-    as they go into pipes."""
-
-    def __init__(self, command, environment, **streams):
-        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,
-                   "stderr": subprocess.PIPE, **streams}
-        self._process = subprocess.Popen(command, env=environment, cwd="/", **streams)
-        self.pid = self._process.pid
-        self.output = Lines(self._process.stdout) if self._process.stdout else None
-        self.errors = Lines(self._process.stderr) if self._process.stderr else None
-
-    def banner(self):
-        """Reads the banner, which must come next."""
-        lines = "".join(self.output.next() + "\n" for _ in golden("banner").splitlines())
-        assert lines == golden("banner"), lines
-
-    def messages(self, count):
-        """The messages of the next log lines."""
-        return [log_message(self.output.next()) for _ in range(count)]
-
-    def write(self, text):
-        """Writes to the standard input of a process that was given a pipe for it."""
-        self._process.stdin.write(text.encode())
-        self._process.stdin.flush()
-
-    def is_running(self):
-        return self._process.poll() is None
-
-    def send(self, number):
-        os.kill(self.pid, number)
-
-    def wait(self):
-        """The exit status, once the process has ended by itself; negative for a signal."""
-        return self._process.wait(LIMIT)
-
-    def finish(self):
-        """Waits for the end: exit status, standard output, standard error."""
-        output, errors = (lines.rest() if lines else None for lines in (self.output, self.errors))
-        return types.SimpleNamespace(status=self.wait(), output=output, errors=errors)
-
-    def end(self, number=signal.SIGTERM):
-        """Asks the process to end, and waits for it as `finish` does."""
-        self.send(number)
-        return self.finish()
-
-    def discard(self):
-        if self.is_running():
-            self._process.terminate()
-            try:
-                self.wait()
-            except subprocess.TimeoutExpired:
-                self._process.kill()
-                raise
-        for stream in (self.output, self.errors, self._process.stdin):
-            if stream:
-                stream.close()
 
 
 class Desktop:
@@ -454,86 +324,3 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
         while select.select([self._pages], [], [], 0)[0]:
             pages.append(self.page().arguments)
         assert not pages, f"opened, too: {pages}"
-
-
-def wait_for_end(pid):
-    try:
-        descriptor = os.pidfd_open(pid)
-    except ProcessLookupError:
-        return
-    with os.fdopen(descriptor) as process:
-        assert select.select([process], [], [], LIMIT)[0], f"{pid} does not end"
-
-
-def adopt_orphans():
-    """Makes every process that a test leaves behind a child of this one."""
-    PR_SET_CHILD_SUBREAPER = 36
-    assert ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) == 0
-
-
-def wait_for_descendants():
-    """Waits for the end of all. Those that do not end in time are killed, and are the result."""
-    def expire(*_):
-        raise TimeoutError
-
-    signal.signal(signal.SIGALRM, expire)
-    signal.alarm(LIMIT)
-    try:
-        while True:
-            os.waitpid(-1, 0)
-    except ChildProcessError:
-        return []
-    except TimeoutError:
-        return kill_children()
-    finally:
-        signal.alarm(0)
-
-
-def kill_children():
-    killed = []
-    # The children of one that is killed are the next round's.
-    while found := children("self"):
-        for pid in found:
-            with open(f"/proc/{pid}/cmdline", encoding="utf-8", errors="replace") as file:
-                killed.append(file.read().replace("\0", " "))
-            os.kill(pid, signal.SIGKILL)
-            os.waitpid(pid, 0)
-    return killed
-
-
-def children(pid):
-    """The children of a process."""
-    found = []
-    for task in os.listdir(f"/proc/{pid}/task"):
-        # The thread may have ended meanwhile.
-        with contextlib.suppress(FileNotFoundError), open(
-                f"/proc/{pid}/task/{task}/children", encoding="ascii") as file:
-            found += map(int, file.read().split())
-    return found
-
-
-def descendants(pid):
-    found = []
-    for child in children(pid):
-        with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # It may have ended.
-            found += [child, *descendants(child)]
-    return found
-
-
-def is_program(pid):
-    """Whether a process is the program, and has not ended."""
-    try:
-        status = status_of(pid)
-    except (FileNotFoundError, ProcessLookupError):
-        return False
-    return status["Name"] == "vastel-connect" and not status["State"].startswith("Z")
-
-
-def status_of(pid):
-    """What /proc says about a process, by name."""
-    with open(f"/proc/{pid}/status", encoding="utf-8") as file:
-        return parse_status(file.read())
-
-
-def parse_status(text):
-    return dict(line.split(":\t", 1) for line in text.splitlines() if ":\t" in line)

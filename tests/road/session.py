@@ -9,8 +9,9 @@ import select
 import signal
 import types
 
-from desktop import SERVICE, Desktop, Lines, log_message, wait_for_end
+from desktop import SERVICE, Desktop
 from model import expect, fatal_link, fits_command_line, random_link
+from processes import Lines, log_message, wait_for_end
 
 END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 MOST_LISTENERS = 5

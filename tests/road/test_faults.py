@@ -5,7 +5,8 @@ import os
 import re
 import signal
 
-from desktop import PROGRAM, Desktop, children, wait_for_end
+from desktop import PROGRAM, Desktop
+from processes import children, wait_for_end
 from road import BUSY, LINK, PAGE, RoadTestCase, bulky_link, descriptors, messages_of, pages
 
 

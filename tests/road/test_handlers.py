@@ -5,8 +5,9 @@ import signal
 
 from gi.repository import Gio, GLib
 
-from desktop import Desktop, children, status_of, wait_for_end
+from desktop import Desktop
 from model import page_link
+from processes import children, status_of, wait_for_end
 from road import LINK, PAGE, RoadTestCase, pages
 
 

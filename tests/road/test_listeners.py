@@ -4,8 +4,9 @@ import signal
 
 from gi.repository import Gio
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, golden, status_of
+from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
 from model import page_link
+from processes import golden, status_of
 from road import (FATAL, LINK, PAGE, RoadTestCase, bulky_link, messages_of,
                   pages)
 

@@ -7,8 +7,9 @@ import time
 
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, LIMIT, NAME, OBJECT, Desktop
+from desktop import INTERFACE, NAME, OBJECT, Desktop
 from model import make_link, page_link
+from processes import LIMIT
 from road import RoadTestCase, descriptors, messages_of
 from session import Pages
 

@@ -4,8 +4,9 @@ in its default handler."""
 
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop, status_of
+from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
 from model import page_link
+from processes import status_of
 from road import LINK, PAGE, RoadTestCase, messages_of, pages
 
 

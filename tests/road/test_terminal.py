@@ -14,8 +14,9 @@ import socket
 import termios
 import time
 
-from desktop import DATA, LIMIT, PROGRAM, Desktop, golden, log_message, status_of
+from desktop import PROGRAM, Desktop
 from model import make_link, page_link
+from processes import DATA, LIMIT, golden, log_message, status_of
 from road import LINK, PAGE, RoadTestCase, messages_of
 
 SWITCHES = {
