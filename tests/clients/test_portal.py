@@ -2,12 +2,11 @@
 
 import shutil
 import subprocess
-import unittest
 
 from browser import need
 from clients import link_to, page_of, session_variables
 from desktop import Desktop
-from road import messages_of
+from road import RoadTestCase
 from screen import Screen
 
 PORTALS = "/usr/libexec/xdg-desktop-portal"
@@ -29,7 +28,7 @@ MimeType=x-scheme-handler/screenpop;
 """
 
 
-class Portal(unittest.TestCase):
+class Portal(RoadTestCase):
     def setUp(self):
         need(self, "Xvfb", "bwrap", PORTALS, PORTALS + "-gtk")
         if subprocess.run(["bwrap", "--ro-bind", "/", "/", "true"], check=False).returncode != 0:
@@ -73,7 +72,7 @@ class Portal(unittest.TestCase):
                 self.desktop.end_programs()
                 listener = self.desktop.listen("-log")
                 self.expect_opened(client)
-                self.assertEqual(listener.messages(4), messages_of(LINK))
+                self.expect_messages(listener, LINK)
                 listener.end()
 
     def test_second_claimant_brings_a_question(self):

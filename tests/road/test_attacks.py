@@ -9,7 +9,7 @@ from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
 from model import make_link, page_link
-from road import LINK, PAGE, RoadTestCase
+from road import LINK, PAGE, RoadTestCase, messages_of
 
 SWITCHES = ("-help", "/help", "-h", "-changelog", "-showuri", "-log", "-jsonlog", "--dbus-service")
 
@@ -80,15 +80,14 @@ class AttacksTest(RoadTestCase):
         forged = '\n{"datetime":"x","event":"Log","message":"forged"}\r\n\x1b]0;x\x07\x1b[2J\x00\x7f"\\'
         for link, page in ((page_link(forged), forged), (page_link("\u2028\u2029\x85"), None)):
             desktop.open(link)
-            lines = [listener.output.next() for _ in range(4)]
+            lines = [listener.output.next() for _ in messages_of(link)]
             for line in lines:
                 self.assertNotRegex(line, "[\x00-\x1f]")
             if page:
-                self.assertEqual(json.loads(lines[3])["message"], "webpage: " + page)
+                self.assertEqual(json.loads(lines[-1])["message"], "webpage: " + page)
         text = "forged\n" + forged.replace("\0", "")
         desktop.open(text)
-        lines = [listener.output.next() for _ in range(3)]
-        self.assertEqual(json.loads(lines[1])["message"], "process uri: " + text)
+        self.expect_messages(listener, text)
         self.expect_silence(listener.end())
 
     # Platform data.

@@ -7,7 +7,7 @@ from gi.repository import Gio, GLib
 from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
 from model import page_link
 from processes import status_of
-from road import LINK, PAGE, RoadTestCase, messages_of, pages
+from road import LINK, PAGE, RoadTestCase, pages
 
 
 class RoadTest(RoadTestCase):
@@ -96,7 +96,7 @@ class RoadTest(RoadTestCase):
         desktop.open(LINK)
         self.assertEqual(desktop.opened(), PAGE)
         desktop.daemon.banner()
-        self.assertEqual(desktop.daemon.messages(4), messages_of(LINK))
+        self.expect_messages(desktop.daemon, LINK)
         self.expect_link(desktop, desktop.daemon)
 
     def test_wrong_arguments_are_an_error_and_harm_nothing(self):
@@ -156,29 +156,18 @@ class RoadTest(RoadTestCase):
         self.expect_messages(listener, *links)
         self.assertEqual(desktop.opened_all(4), pages(4))
 
-    def test_exec_without_a_service_becomes_the_application(self):
-        desktop = Desktop(self, service=None)
-        process = desktop.start("-log", LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        # The link of the start writes no log line.
-        process.banner()
-        self.expect_link(desktop, process, "https://page.test/second")
-        self.assertEqual(desktop.owner(), process.pid)
-        self.expect_silence(process.end())
-
-    def test_exec_with_a_service_that_fails_becomes_the_application(self):
-        desktop = Desktop(self, service="/bin/false")
-        process = desktop.start("-log", LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        process.banner()
-        self.expect_link(desktop, process, "https://page.test/second")
-
-    def test_exec_with_a_service_that_is_not_there_becomes_the_application(self):
-        desktop = Desktop(self, service="/nowhere/vastel-connect")
-        process = desktop.start("-log", LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        process.banner()
-        self.expect_link(desktop, process, "https://page.test/second")
+    def test_exec_without_a_service_that_starts_becomes_the_application(self):
+        for service in (None, "/bin/false", "/nowhere/vastel-connect"):
+            with self.subTest(service=service):
+                desktop = Desktop(self, service=service)
+                process = desktop.start("-log", LINK)
+                self.assertEqual(desktop.opened(), PAGE)
+                # The link of the start writes no log line.
+                process.banner()
+                self.expect_link(desktop, process, "https://page.test/second")
+                self.assertEqual(desktop.owner(), process.pid)
+                self.expect_silence(process.end())
+            self.doCleanups()
 
     def test_exec_refuses_a_link_that_the_bus_does_not_carry(self):
         desktop = Desktop(self)
