@@ -1,5 +1,6 @@
 """Links that come through the desktop's portal, as from a browser in a sandbox."""
 
+import os
 import shutil
 import subprocess
 
@@ -13,9 +14,12 @@ PORTALS = "/usr/libexec/xdg-desktop-portal"
 SERVICES = ["portal.Desktop", "impl.portal.PermissionStore", "impl.portal.desktop.gtk"]
 PAGE = page_of("portal")
 LINK = link_to(PAGE)
-# What tells the portal that a client is a Flatpak's.
+# What tells the portal that a client is a Flatpak's. That of Debian 13 also reads which process
+# the sandbox's first is, in a file that the instance is found by.
 INFO = """[Application]
 name=test.client
+[Instance]
+instance-id=1
 """
 SANDBOX = ["bwrap", "--clearenv", "--setenv", "PATH", "/usr/bin", "--ro-bind", "/usr", "/usr",
            "--symlink", "usr/lib", "/lib", "--symlink", "usr/lib64", "/lib64", "--proc", "/proc",
@@ -43,14 +47,17 @@ class Portal(RoadTestCase):
     def client(self):
         """The command of a client that finds no handler itself, and asks the portal."""
         nowhere = self.desktop.folder + "/empty"
-        return ["env", "GTK_USE_PORTAL=1", f"XDG_DATA_DIRS={nowhere}", f"XDG_DATA_HOME={nowhere}",
-                "gio", "open"]
+        return ["env", "GTK_USE_PORTAL=1", "GIO_USE_PORTALS=1", f"XDG_DATA_DIRS={nowhere}",
+                f"XDG_DATA_HOME={nowhere}", "gio", "open"]
 
     def sandboxed_client(self):
         info = self.desktop.folder + "/flatpak-info"
         with open(info, "w", encoding="utf-8") as file:
             file.write(INFO)
-        return [*SANDBOX, "--ro-bind", info, "/.flatpak-info",
+        instance = f"{self.desktop.folder}/runtime/.flatpak/1"
+        os.makedirs(instance)
+        return ["sh", "-c", 'exec "$@" 3> "$0"', instance + "/bwrapinfo.json",
+                *SANDBOX, "--info-fd", "3", "--ro-bind", info, "/.flatpak-info",
                 "--ro-bind", self.desktop.folder + "/bus", "/run/bus", "gio", "open"]
 
     def follow(self, client, answer=None):
