@@ -20,7 +20,6 @@ void deliverUri(std::string_view uri, const ActivationToken& token) {
   // Here an event has its direct parameter and no other.
   const UriEvent event{[uri](std::uint32_t /*keyword*/) { return std::string(uri); }};
   host().delegate->UriEventHandlerWithEvent(event);
-  host().token = {};
 }
 
 void complain(std::string_view text) {

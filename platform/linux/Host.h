@@ -41,7 +41,7 @@ struct Host {
   AppDelegate* delegate = nullptr;
   /// Between setUriEventHandler and removeUriEventHandler.
   bool deliversUris = false;
-  /// The token of the link that is being handled.
+  /// The token of the latest link.
   ActivationToken token;
   /// Null without a session bus.
   sd_bus* bus = nullptr;
