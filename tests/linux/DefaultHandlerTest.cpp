@@ -93,6 +93,15 @@ TEST_F(DefaultHandlerOfHttp, IsTheApplicationThatTheUserChose) {
   EXPECT_EQ(handler->arguments, (std::vector<std::string>{"one", std::string(kUrl)}));
 }
 
+TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnOverlongList) {
+  for (const std::size_t length : {16384U, 16385U}) {
+    std::string list = "alpha.desktop";
+    list.resize(length, ';');
+    folder.write("config/mimeapps.list", "[Default Applications]\nx-scheme-handler/http=" + list);
+    EXPECT_EQ(isPlain(), length == 16384) << length;
+  }
+}
+
 TEST_F(DefaultHandlerOfHttp, GetsTheUrlAsOneWord) {
   makeExecutable("usr/bin/chromium");
   const std::string chromium = folder.path("usr/bin/chromium");

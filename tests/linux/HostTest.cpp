@@ -19,6 +19,16 @@ TEST(IsMainThread, IsFalseOnAnyOther) {
   EXPECT_FALSE(elsewhere);
 }
 
+[[noreturn]] void terminateWithinTheLoop() {
+  sd_event_new(&host().eventLoop);
+  platform::terminate();
+  std::_Exit(sd_event_loop(host().eventLoop) == 0 && host().terminating ? 0 : 1);
+}
+
+TEST(Terminate, EndsTheEventLoopInTheNormalWay) {
+  EXPECT_EXIT(terminateWithinTheLoop(), testing::ExitedWithCode(0), "");
+}
+
 /// Runs the application to its end, and ends with status 0 when it left no handler behind.
 [[noreturn]] void runWith(std::string argument) {
   std::string name = "vastel-connect";

@@ -56,6 +56,13 @@ TEST_F(KeyFileOnDisk, FindsTheValueThatGLibFinds) {
   for (const auto& [content, value] : rows) EXPECT_EQ(valueIn(content), value) << content;
 }
 
+TEST_F(KeyFileOnDisk, RefusesAFileOfMoreThanAMegabyte) {
+  std::string content = "[group]\nkey=value\n#";
+  content.resize(1 << 20, 'x');
+  EXPECT_EQ(valueIn(content), "value");
+  EXPECT_EQ(valueIn(content + "x"), "refused");
+}
+
 TEST_F(KeyFileOnDisk, RefusesWhatReadersTakeDifferently) {
   const std::string_view lines[] = {
       "no equals sign", "=value",     " key=value",   "\tkey=value",  "  ",        "key\r",

@@ -132,6 +132,11 @@ TEST(EncodeDate, WritesIso8601UnlessToldOtherwise) {
             R"({"v":"14:07"})");
 }
 
+TEST(EncodeDate, WritesEveryDate) {
+  const InZone zone("GMT");
+  EXPECT_EQ(text(Encoder::encodeDate("v")(kFarDate)), R"({"v":"14645-06-30T15:06:40Z"})");
+}
+
 TEST(EncodeDateArray, WritesEveryDate) {
   const InZone zone("GMT");
   const auto encode = Encoder::encodeDateArray("v");
