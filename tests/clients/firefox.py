@@ -43,15 +43,21 @@ ANSWER = """const [button, remember, done] = arguments;
     answer();"""
 
 
+def make_profile(desktop):
+    """A folder with the preferences of a Firefox of its own."""
+    profile = desktop.folder + "/firefox"
+    os.mkdir(profile)
+    with open(profile + "/user.js", "w", encoding="utf-8") as file:
+        file.writelines(f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
+                        for name, value in PREFERENCES.items())
+    return profile
+
+
 class Firefox:
     def __init__(self, test, desktop, permitted=None):
         """`permitted`: the origin whose links open without a question, by policy."""
         need(test, "firefox-esr", "Xvfb")
-        profile = desktop.folder + "/firefox"
-        os.mkdir(profile)
-        with open(profile + "/user.js", "w", encoding="utf-8") as file:
-            file.writelines(f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
-                            for name, value in PREFERENCES.items())
+        profile = make_profile(desktop)
         # What starts it again, for it to open a page.
         self.command = f"firefox-esr --profile {profile} %u"
         command = ["firefox-esr", "--marionette", "--remote-allow-system-access", "--profile", profile]

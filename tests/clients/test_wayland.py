@@ -1,6 +1,5 @@
 """The activation token on Wayland: with it, the browser asks for the page's window to be raised."""
 
-import json
 import os
 import queue
 import re
@@ -12,7 +11,7 @@ from browser import Site, need
 from clients import KDE_OPENER, link_to
 from desktop import PROGRAM, STAGE, Desktop
 from processes import LIMIT
-from firefox import PREFERENCES
+from firefox import make_profile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 # The first of a runtime folder.
@@ -73,12 +72,7 @@ class WaylandTest(unittest.TestCase):
     @classmethod
     def start_firefox(cls):
         """Starts the browser of pages. Driven by Marionette, it would raise no window."""
-        profile = cls.desktop.folder + "/firefox"
-        os.mkdir(profile)
-        with open(profile + "/user.js", "w", encoding="utf-8") as file:
-            file.writelines(f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
-                            for name, value in PREFERENCES.items())
-        command = ["firefox-esr", "--profile", profile]
+        command = ["firefox-esr", "--profile", make_profile(cls.desktop)]
         cls.tokens = Tokens()
         cls.desktop.spawn(*command, cls.site.origin + "/start", WAYLAND_DEBUG="1",
                           streams={"stderr": cls.tokens.pipe})

@@ -1,15 +1,8 @@
 # The documents, by the means of the road's tests.
 
-function(connect_document_tests file)
-  connect_program_tests(docs/${file} LABEL docs ONE_ZONE FIXTURES ${ARGN} ENVIRONMENT
-    CONNECT_PACKAGES=${packages})
-endfunction()
-
-connect_document_tests(test_deploy.py)
-connect_document_tests(test_installed.py packages)
-connect_document_tests(test_links.py)
-connect_document_tests(test_tables.py)
-connect_document_tests(test_troubleshooting.py)
+foreach(subject IN ITEMS deploy links tables troubleshooting)
+  connect_program_tests(docs/test_${subject}.py LABEL docs ONE_ZONE)
+endforeach()
 
 add_test(NAME Pictures.ShowWhatHappens
   COMMAND ${CONNECT_PYTHON} -B ${PROJECT_SOURCE_DIR}/docs/pictures/make.py --check

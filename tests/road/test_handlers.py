@@ -31,28 +31,16 @@ class HandlersTest(RoadTestCase):
             "https://page.test/ü", "https://page.test/\\", "https://page.test/\t",
             "https://page.test/|", "other:<x>", "other:\"x\"", "other:`x`", "other:{x}")
 
-    def test_a_file_is_left_to_the_opener(self):
-        desktop = Desktop(self)
-        desktop.install_handler(("http", "https", "file"))
-        self.listen_with_openers(desktop)
-        self.expect_opener(desktop, "file:///etc/passwd", "gio", "open", "file:///etc/passwd")
-
-    def test_a_scheme_without_a_handler_is_left_to_the_opener(self):
+    def test_what_is_not_plain_is_left_to_the_opener(self):
         desktop = Desktop(self)
         self.listen_with_openers(desktop)
-        self.expect_opener(desktop, "other:page", "gio", "open", "other:page")
-
-    def test_a_terminal_handler_is_left_to_the_opener(self):
-        desktop = Desktop(self)
-        desktop.install_handler(lines=["Terminal=true"])
-        self.listen_with_openers(desktop)
-        self.expect_opener(desktop, PAGE, "gio", "open", PAGE)
-
-    def test_a_quoted_command_is_left_to_the_opener(self):
-        desktop = Desktop(self)
-        desktop.install_handler(command=f'"{desktop.folder}/bin/browser" "%u"')
-        self.listen_with_openers(desktop)
-        self.expect_opener(desktop, PAGE, "gio", "open", PAGE)
+        quoted = f'"{desktop.folder}/bin/browser" "%u"'
+        for page, handler in (("file:///etc/passwd", {"schemes": ("http", "https", "file")}),
+                              ("other:page", {}), (PAGE, {"lines": ["Terminal=true"]}),
+                              (PAGE, {"command": quoted})):
+            with self.subTest(page=page, **handler):
+                desktop.install_handler(**handler)
+                self.expect_opener(desktop, page, "gio", "open", page)
 
     def test_another_opener_stands_in_where_one_is_missing(self):
         desktop = Desktop(self)

@@ -16,35 +16,30 @@ class ListenersTest(RoadTestCase):
 
     def test_the_newest_start_takes_the_links_and_gives_them_back(self):
         desktop = Desktop(self)
-        first = desktop.listen("-log")
-        self.expect_link(desktop, first)
-        second = desktop.listen("-log")
-        self.expect_link(desktop, second)
-        self.expect_silence(second.end(signal.SIGINT))
-        desktop.wait_for_owner(first.pid)
-        self.expect_link(desktop, first)
-        self.expect_silence(first.end())
-
-    def test_the_links_go_from_each_listener_to_the_one_before(self):
-        desktop = Desktop(self)
-        listeners = [desktop.listen("-log") for _ in range(5)]
+        listeners = []
+        for _ in range(5):
+            listeners.append(desktop.listen("-log"))
+            self.expect_link(desktop, listeners[-1])
         while listeners:
             newest = listeners.pop()
             desktop.wait_for_owner(newest.pid)
             self.expect_link(desktop, newest)
             self.expect_silence(newest.end())
 
-    def test_a_program_that_the_bus_started_has_the_links_again(self):
-        desktop = Desktop(self, service=SERVICE + " -log")
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        first = desktop.owner()
-        desktop.daemon.banner()
+    def expect_take_over(self, desktop, first, lines):
+        """Another start takes the links, which the first program, that writes `lines`, has again."""
         second = desktop.listen("-log")
         self.expect_link(desktop, second)
         self.expect_silence(second.end(signal.SIGINT))
         desktop.wait_for_owner(first)
-        self.expect_link(desktop, desktop.daemon)
+        self.expect_link(desktop, lines)
+
+    def test_a_program_that_the_bus_started_has_the_links_again(self):
+        desktop = Desktop(self, service=SERVICE + " -log")
+        desktop.open(LINK)
+        self.assertEqual(desktop.opened(), PAGE)
+        desktop.daemon.banner()
+        self.expect_take_over(desktop, desktop.owner(), desktop.daemon)
 
     def test_a_program_that_was_started_by_a_link_has_the_links_again(self):
         desktop = Desktop(self, service=None)
@@ -52,11 +47,7 @@ class ListenersTest(RoadTestCase):
         self.assertEqual(desktop.opened(), PAGE)
         first.banner()
         desktop.wait_for_owner(first.pid)
-        second = desktop.listen("-log")
-        self.expect_link(desktop, second)
-        self.expect_silence(second.end(signal.SIGINT))
-        desktop.wait_for_owner(first.pid)
-        self.expect_link(desktop, first)
+        self.expect_take_over(desktop, first.pid, first)
 
     def test_a_link_during_the_take_over_is_opened_once(self):
         desktop = Desktop(self)
