@@ -35,9 +35,9 @@ class Tokens:
     def _read(self, pipe):
         with open(pipe, encoding="utf-8", errors="replace") as lines:
             for line in lines:
-                if found := re.search(r' xdg_activation_token_v1@\d+\.done\("(.*)"\)', line):
+                if found := re.search(r' xdg_activation_token_v1[@#]\d+\.done\("(.*)"\)', line):
                     self.given.put(found[1])
-                if found := re.search(r'-> xdg_activation_v1@\d+\.activate\("(.*)", ', line):
+                if found := re.search(r'-> xdg_activation_v1[@#]\d+\.activate\("(.*)", ', line):
                     self.raised.put(found[1])
 
 
