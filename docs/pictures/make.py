@@ -57,8 +57,8 @@ def follow_link(stage):
         lines = [listener.output.next() for _ in range(count)]
         session.wait_for_owner(listener.pid)
         assert session.spawn("gio", "open", LINK).wait() == 0
-        lines += [listener.output.next() for _ in range(4)]
         page = session.page()
+        lines += listener.end().output.splitlines()
         call = ""
         while LINK not in call:
             call += monitor.output.next()

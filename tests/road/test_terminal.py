@@ -401,20 +401,19 @@ class TerminalTest(RoadTestCase):
     def test_a_plain_line_carries_any_message_unchanged(self):
         desktop = Desktop(self)
         process = desktop.listen("-log")
-        desktop.open(make_link({"WebPage": ODD_PAGE}))
-        # The last line is more than one for whoever reads by lines.
-        self.assertEqual(process.messages(len(MESSAGES) - 1)[0], "new uri event")
-        self.assertRegex(process.end().output, r"^Log \d\d:\d\d:\d\d> webpage: "
-                         + re.escape(ODD_PAGE) + r"\n\Z")
+        link = page_link(ODD_PAGE)
+        desktop.open(link)
+        log = re.sub(r"(?m)^Log \d\d:\d\d:\d\d> ", "Log> ", process.end().output)
+        self.assertEqual(log, "".join(f"Log> {message}\n" for message in messages_of(link)))
 
     def test_a_json_line_stays_one_line_for_any_message(self):
         desktop = Desktop(self)
         process = desktop.listen("-jsonlog")
-        desktop.open(make_link({"WebPage": ODD_PAGE}))
-        lines = [process.output.next() for _ in MESSAGES]
-        self.assertEqual(json.loads(lines[-1])["message"], "webpage: " + ODD_PAGE)
-        self.assertIn(r'a \"quoted\"\\\nline\tof \u0001 Köln ☃ 📞', lines[-1])
-        self.assertEqual(process.end().output, "")
+        link = page_link(ODD_PAGE)
+        desktop.open(link)
+        log = process.end().output
+        self.assertEqual([log_message(line) for line in log.splitlines()], messages_of(link))
+        self.assertIn(r'a \"quoted\"\\\nline\tof \u0001 Köln ☃ 📞', log)
 
     # Arguments that are not UTF-8.
 
