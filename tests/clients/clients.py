@@ -1,6 +1,7 @@
 """What the tests with real clients have in common."""
 
 import json
+import pathlib
 import shutil
 
 from model import make_link, page_link
@@ -8,7 +9,8 @@ from model import make_link, page_link
 # Whose names in XDG_CURRENT_DESKTOP `xdg-open` and browsers go by.
 DESKTOPS = ["GNOME", "ubuntu:GNOME", "KDE", "XFCE", "MATE", "LXQt", "X-Cinnamon", "LXDE", "sway"]
 
-KDE_OPENER = "kde-open5" if shutil.which("kde-open5") else "kde-open"
+KDE_OPENER = "kde-open"
+KDE_VERSION = "6" if shutil.which("kbuildsycoca6") else "5"
 
 # Each desktop's own opener, and the desktop that it runs on here.
 OWN_OPENERS = {
@@ -22,14 +24,15 @@ OPENERS = {**OWN_OPENERS,
 
 # These take a link apart as they would the address of a host.
 READ_HOSTS = [KDE_OPENER, "qtxdg-mat", "xdg-open as KDE"]
+if (xdg_open := shutil.which("xdg-open")) and "qtxdg-mat" in pathlib.Path(xdg_open).read_text():
+    READ_HOSTS.append("xdg-open as LXQt")
 
 
 def session_variables(desktop):
     """What the session of a desktop of this name sets; None: a session of no desktop."""
     variables = {"XDG_CURRENT_DESKTOP": desktop}
     if desktop == "KDE":
-        variables |= {"KDE_FULL_SESSION": "true",
-                      "KDE_SESSION_VERSION": "5" if KDE_OPENER == "kde-open5" else "6"}
+        variables |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": KDE_VERSION}
     return variables
 
 

@@ -29,6 +29,10 @@ with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as 
 # The command with which the bus starts the program.
 SERVICE = re.search("^Exec=(.*)$", SERVICE_FILE, re.MULTILINE).group(1)
 HERE = os.path.dirname(os.path.abspath(__file__))
+# KDE knows the applications that a menu has: all of them.
+MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN" "">
+<Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>
+"""
 
 
 class Desktop:
@@ -260,6 +264,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
     def _make_folders(self):
         for name in ("home", "config", "data", "cache", "runtime", "tmp", "services", "empty"):
             os.mkdir(f"{self.folder}/{name}", 0o700)
+        self._write("config/menus/applications.menu", MENU)
 
     def _make_environment(self):
         kept = {name: value for name, value in os.environ.items()
