@@ -128,6 +128,14 @@ class Setup(unittest.TestCase):
         done = self.run_setup(root=False)
         self.assertEqual((done.output, done.errors, done.calls), ("", "", []))
 
+    def test_knows_what_the_debian_package_is_built_with(self):
+        with open(ROOT + "/debian/control", encoding="utf-8") as file:
+            wanted = re.search(r"^Build-Depends:(.*?)^\S", file.read(), re.MULTILINE | re.DOTALL)[1]
+        names = {re.match(r"\s*([a-z0-9+.-]+)", each)[1] for each in wanted.split(",")}
+        with open(ROOT + "/dev/setup", encoding="utf-8") as file:
+            listed = set(re.split(r"[\s:|]+", file.read()))
+        self.assertLessEqual(names - {"debhelper-compat"}, listed)
+
     def test_says_that_the_network_is_missing(self):
         self.offered({})
         self.tool("apt-get", "echo 'W: Failed to fetch http://source.test/'")
