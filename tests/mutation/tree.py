@@ -17,39 +17,55 @@ FOLDERS = ["api", "app", "json", "log", "platform/linux", "text", "uri"]
 UNITS = {
     "json/mapping": ["json_mapping"],
     "json": ["json", "api", "json_mapping"],
-    "text": ["text", "uri", "app"],
+    "text": ["text", "uri", "app", "json", "linux"],
     "api": ["api", "uri"],
     "log": ["log"],
     "uri": ["uri"],
     "app": ["app", "log"],
     "platform/linux": ["linux"],
 }
-# The tests of the program, quickest first; those of a source that can notice it best come first.
-PROGRAM = ["road/test_road.py", "road/test_listeners.py", "road/test_attacks.py",
-           "road/test_texts.py", "road/test_handlers.py", "linux/test_handler.py",
-           "road/test_terminal.py", "road/test_broken_machine.py", "road/test_faults.py",
-           "road/test_model.py"]
-FIRST = {
-    "DefaultHandler": ["linux/test_handler.py"], "KeyFile": ["linux/test_handler.py"],
-    "PrintLine": ["road/test_terminal.py"], "Host": ["road/test_terminal.py"],
-    "Spawn": ["road/test_handlers.py"], "Scope": ["road/test_handlers.py"],
-    "ActivationToken": ["road/test_handlers.py"], "HandOver": ["road/test_road.py"],
+# The tests of the program that can notice a source of the Linux host, best first.
+PROGRAM = {
+    "ActivationToken": ["road/test_handlers.py"],
+    "ApplicationMain": ["road/test_listeners.py", "road/test_terminal.py", "road/test_road.py",
+                        "road/test_handlers.py", "road/test_faults.py"],
+    "DefaultHandler": ["linux/test_handler.py", "road/test_handlers.py"],
+    "Environment": ["linux/test_handler.py", "road/test_handlers.py"],
+    "HandOver": ["road/test_road.py", "road/test_listeners.py", "road/test_faults.py",
+                 "road/test_handlers.py"],
+    "Host": ["road/test_terminal.py", "road/test_handlers.py", "road/test_broken_machine.py"],
+    "KeyFile": ["linux/test_handler.py"],
+    "LaunchArguments": ["road/test_road.py", "road/test_terminal.py", "road/test_attacks.py"],
+    "MimeApps": ["linux/test_handler.py", "road/test_handlers.py"],
+    "OpenUrl": ["road/test_handlers.py", "linux/test_handler.py"],
+    "PrintLine": ["road/test_terminal.py", "road/test_faults.py"],
+    "Scope": ["road/test_handlers.py"],
+    "SessionBus": ["road/test_road.py", "road/test_listeners.py", "road/test_handlers.py",
+                   "road/test_attacks.py", "road/test_broken_machine.py", "road/test_faults.py"],
+    "Spawn": ["road/test_handlers.py", "linux/test_handler.py"],
+    "main": ["road/test_terminal.py"],
 }
 # Compiled once for all sources, which takes most of the time that they take.
 HEADERS = """#include <boost/json.hpp>
 #include <chrono>
 #include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <map>
+#include <optional>
+#include <random>
+#include <string>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 """
-# So long may one test program take that hangs by the change.
-SECONDS = 120
+# So long may the tests of a folder, and those of one file of the program, take that hang by the change.
+UNIT_SECONDS = 60
+PROGRAM_SECONDS = 300
 
 
 def limits():
     os.setsid()
-    resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
+    resource.setrlimit(resource.RLIMIT_CPU, (PROGRAM_SECONDS, PROGRAM_SECONDS))
     resource.setrlimit(resource.RLIMIT_DATA, (4 << 30, 4 << 30))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -91,10 +107,14 @@ class Tree:
         subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
         if not is_fresh:
             return
+        # The compiler takes the one of its folder that was made with the same flags.
+        compiled = headers.with_suffix(".h.gch")
+        compiled.mkdir()
         commands = (self._build / "compile_commands.json").read_text(encoding="utf-8")
-        compiler = re.search(r'"command": "([^"]*?) -o [^"]*JsonText.cpp.o', commands)[1]
-        subprocess.run(f"{compiler.replace(f'-include {headers}', '')} -x c++-header "
-                       f"-o {headers}.gch {headers}", shell=True, check=True)
+        for source in ("JsonText.cpp", "JsonTextTest.cpp", "Utf8.cpp"):
+            compiler = re.search(rf'"command": "([^"]*?) -o [^"]*/{source}.o', commands)[1]
+            subprocess.run(f"{compiler.replace(f'-include {headers}', '')} -x c++-header "
+                           f"-o {compiled}/{source} {headers}", shell=True, check=True)
 
     # One change.
 
@@ -141,12 +161,11 @@ class Tree:
         if folder != "platform/linux":
             return
         environment = {
-            "CONNECT_STAGE": str(self._stage), "CONNECT_LIMIT": "20",
+            "CONNECT_STAGE": str(self._stage), "CONNECT_LIMIT": "30", "CONNECT_FAULTS_RUNS": "5",
             "CONNECT_FIND_DEFAULT_HANDLER": str(self._build / "tests/linux/FindDefaultHandler"),
             "CONNECT_RECORD_LAUNCH": str(self._build / "tests/linux/RecordLaunch"),
             "CONNECT_FAULTS": str(self._build / "tests/linux/libconnect_faults.so")}
-        first = FIRST.get(pathlib.Path(file).stem, [])
-        for each in [*first, *(each for each in PROGRAM if each not in first)]:
+        for each in PROGRAM[pathlib.Path(file).stem]:
             command = ["/usr/bin/python3", "-B", "-m", "pytest", "--exitfirst", f"tests/{each}"]
             yield "stage", each, command, environment
 
@@ -188,7 +207,8 @@ class Tree:
                                    preexec_fn=limits, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL)
         try:
-            return process.wait(SECONDS) == 0
+            return process.wait(PROGRAM_SECONDS if command[-1].endswith(".py")
+                                else UNIT_SECONDS) == 0
         except subprocess.TimeoutExpired:
             return False
         finally:
