@@ -144,6 +144,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::expect(date.has_value() == expected.has_value(), "is it a date");
   if (!date) return 0;
   fuzz::expect(date->time_since_epoch().count() == *expected, "which date");
+  // A year of the zone without four digits is written, but no pattern reads it.
+  const long local = *expected + zone.minutes * 60;
+  if (local < secondsTo({1, 1, 1, 0, 0, 0}) || local >= secondsTo({10000, 1, 1, 0, 0, 0})) return 0;
   // What is written is read back as the same; what the pattern leaves out may differ.
   const auto written = formatter->stringFromDate(*date);
   const auto again = readDate(*pieces, written, zone.minutes);
