@@ -14,12 +14,12 @@ struct RawValues;
 /// An enumeration that has raw values.
 template <typename Enum>
 concept RawRepresentable = requires {
-  RawValues<Enum>::rows[0].first;
-  RawValues<Enum>::rows[0].second;
+  RawValues<Enum>::rows->first;
+  RawValues<Enum>::rows->second;
 };
 
 template <typename Enum>
-using RawValueOf = std::remove_cvref_t<decltype(RawValues<Enum>::rows[0].second)>;
+using RawValueOf = std::remove_cvref_t<decltype(RawValues<Enum>::rows->second)>;
 
 /// The raw value of a case; an empty one for a value that is none.
 template <typename Enum>
