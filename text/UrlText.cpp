@@ -50,12 +50,10 @@ bool formsUrl(std::string_view text) {
     const char c = text[i];
     if (kIsUrlCharacter[static_cast<unsigned char>(c)]) continue;
     if (c == '%' && text.size() - i > 2 && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2])) {
-      i += 2;
-    } else if (c == '#' && !sawHash) {
-      sawHash = true;
-    } else {
-      return false;
+      continue;
     }
+    if (c != '#' || sawHash) return false;
+    sawHash = true;
   }
   return true;
 }

@@ -56,6 +56,7 @@ TEST(UrlText, EscapesBracketsButAtTheEndsOfTheHost) {
       {"http://[::1/]", "http://[::1/%5D"},
       {"http://h?[::1]", "http://h?%5B::1%5D"},
       {"//?]", "//?%5D"},
+      {"http://:x]/", "http://:x%5D/"},
       {"http:/[::1]/", "http:/%5B::1%5D/"},
       {"[::1]", "%5B::1%5D"},
       {"[://[h]/", "%5B://%5Bh%5D/"},
