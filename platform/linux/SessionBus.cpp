@@ -136,16 +136,16 @@ std::optional<bool> requestBusName(NameRequest request) {
 }
 
 void receiveLaunchLinks() {
+  sd_bus*& bus = host().bus;
   // The bus sends what waited for the name together with it, and so before any later answer.
-  int ret = sd_bus_call_method(host().bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                               "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr);
+  sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                     "GetId", nullptr, nullptr, nullptr);
   std::uint64_t count = 0;
-  while (ret >= 0 && sd_bus_get_n_queued_read(host().bus, &count) >= 0 && count > 0) {
-    ret = sd_bus_process(host().bus, nullptr);
+  while (sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0 &&
+         sd_bus_process(bus, nullptr) > 0) {
   }
   // A call may be lost with it. Its sender is told by the end of the connection.
-  const bool failed = ret < 0 || sd_bus_is_open(host().bus) <= 0;
-  if (failed) host().bus = sd_bus_close_unref(host().bus);
+  if (sd_bus_is_open(bus) <= 0) bus = sd_bus_close_unref(bus);
 }
 
 void leaveBus() {

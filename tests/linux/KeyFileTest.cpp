@@ -48,6 +48,7 @@ TEST_F(KeyFileOnDisk, FindsTheValueThatGLibFinds) {
       {"[group]\nkeys=value\n", "none"},
       {"[groups]\nkey=value\n", "none"},
       {"[ group]\nkey=value\n", "none"},
+      {"[~!]\n~!=x\n[group]\nkey=value\n", "value"},
       {"[other]\nkey=value\n[group]\n", "none"},
       {"# only a comment", "none"},
       {"\n\n", "none"},
