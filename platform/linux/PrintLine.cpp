@@ -81,7 +81,9 @@ void printLine(std::string_view line) {
       rest.remove_prefix(static_cast<std::size_t>(written));
       output.isBrokenOff = !rest.empty();
     } else if (errno == EAGAIN) {
-      pollfd reader{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+      pollfd reader{};
+      reader.fd = STDOUT_FILENO;
+      reader.events = POLLOUT;
       ::poll(&reader, 1, -1);
     } else if (errno != EINTR) {
       return;  // Such as a full disk, which may have room for the next line.

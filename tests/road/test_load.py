@@ -22,10 +22,11 @@ def link_of(sender, number):
     return make_link({"Sender": sender, "Number": number})
 
 
-def private_memory(pid):
-    """The private dirty memory of a process, in kB."""
+def own_memory(pid):
+    """The memory of a process that is no file's, in kB. Pages of a program that is not yet on a disk
+    would be private or shared, as other processes of it come and go."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
-        return next(int(line.split()[1]) for line in file if line.startswith("Private_Dirty"))
+        return next(int(line.split()[1]) for line in file if line.startswith("Anonymous:"))
 
 
 def cpu_time(pid):
@@ -65,14 +66,14 @@ class LoadTest(RoadTestCase):
             handled[sender] += 1
             self.assertEqual(messages, messages_of(link_of(sender, handled[sender] - 1)))
             if total == LINKS // 10:
-                before = private_memory(listener.pid)
+                before = own_memory(listener.pid)
         for thread in threads:
             thread.join(LIMIT)
         self.assertEqual((handled, answers), ([LINKS // SENDERS] * SENDERS,) * 2)
-        growth = private_memory(listener.pid) - before
+        growth = own_memory(listener.pid) - before
         if FULL:
             print(f"\n{LINKS:,} links from {SENDERS} senders in {time.monotonic() - start:.1f} s, "
-                  f"none lost, private dirty memory +{growth} kB after the first tenth")
+                  f"none lost, memory of its own +{growth} kB after the first tenth")
         if "CONNECT_SANITIZER" not in os.environ:
             self.assertLessEqual(growth, 64)
         self.expect_silence(listener.end())
@@ -87,7 +88,7 @@ class LoadTest(RoadTestCase):
                 desktop.open(page_link("https://page.test/"))
                 opened.next()
             desktop.wait_for_children(listener.pid)
-            return private_memory(listener.pid), descriptors(listener.pid)
+            return own_memory(listener.pid), descriptors(listener.pid)
 
         follow(50)
         memory, open_before = follow(100)
