@@ -11,7 +11,7 @@ template <typename Target>
 Target nearest(double real) {
   using Limits = std::numeric_limits<Target>;
   if (std::isnan(real)) return 0;
-  // The lowest value is a real of its own; of the range's end only the value after it surely is.
+  // Not every max() is a double, but max() + 1 is one always.
   if (real <= static_cast<double>(Limits::min())) return Limits::min();
   if (real >= std::ldexp(1.0, Limits::digits)) return Limits::max();
   return static_cast<Target>(real);
