@@ -141,6 +141,9 @@ TEST(UrlScheme, IsThatOfRfc3986) {
       {"a\n:", ""},
       {"[a:", ""},
       {"@a:", ""},
+      {"{a:", ""},
+      {"`a:", ""},
+      {"ZAza:", "ZAza"},
   };
   for (const auto& [text, scheme] : rows) EXPECT_EQ(urlScheme(text), scheme) << text;
 }
