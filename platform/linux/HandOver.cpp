@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -97,7 +98,10 @@ HandOver handOverLinks(const std::vector<std::string>& links, const ActivationTo
       return HandOver::Refused;
     }
     std::optional<Answer> kept;
-    sd_bus_call_async(host().bus, nullptr, call, onAnswer, &kept, UINT64_MAX);
+    sd_bus_slot* slot = nullptr;
+    sd_bus_call_async(host().bus, &slot, call, onAnswer, &kept, UINT64_MAX);
+    // Before `kept` goes: the end of the bus is an answer, too, which would still come.
+    const std::unique_ptr<sd_bus_slot, decltype(&sd_bus_slot_unref)> wait(slot, sd_bus_slot_unref);
     sd_bus_message_unref(call);
     // What did not leave this process whole was not read by anybody.
     if (sd_bus_flush(host().bus) < 0) return HandOver::NoBus;
