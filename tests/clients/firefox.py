@@ -66,7 +66,8 @@ class Firefox:
             streams={"stderr": subprocess.DEVNULL})
         while "Listening on port" not in (line := process.output.next()):
             pass
-        self._socket = socket.create_connection(("127.0.0.1", int(line.split()[-1])), LIMIT)
+        # On a busy machine, a link of 10 MB alone may keep it for a minute.
+        self._socket = socket.create_connection(("127.0.0.1", int(line.split()[-1])), 3 * LIMIT)
         self._stream = self._socket.makefile("rb")
         self._count = 0
         self._receive()

@@ -1,0 +1,18 @@
+#include "text/Ascii.h"
+
+#include <gtest/gtest.h>
+
+namespace Vastel_Connect {
+namespace {
+
+TEST(Ascii, KnowsItsLettersAndNoNeighbourOfThem) {
+  for (const char c : {'A', 'Z', 'a', 'z'}) EXPECT_TRUE(isAsciiLetter(c)) << c;
+  for (const char c : {'@', '[', '`', '{', '0', '\xC1'}) EXPECT_FALSE(isAsciiLetter(c)) << c;
+}
+
+TEST(Ascii, LowersItsLettersAlone) {
+  EXPECT_EQ(asciiLowerCase("@AZ[`az{\xC1"), "@az[`az{\xC1");
+}
+
+}  // namespace
+}  // namespace Vastel_Connect
