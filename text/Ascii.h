@@ -19,6 +19,11 @@ namespace Vastel_Connect {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+/// The hexadecimal digit, in upper case, of a number below 16.
+[[nodiscard]] constexpr char asciiHexDigit(int number) {
+  return static_cast<char>(number < 10 ? '0' + number : 'A' + number - 10);
+}
+
 /// `text` with the letters of ASCII in lower case.
 [[nodiscard]] inline std::string asciiLowerCase(std::string_view text) {
   std::string result(text);

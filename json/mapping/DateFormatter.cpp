@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "json/mapping/DefaultZone.h"
+#include "text/Ascii.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -61,7 +62,7 @@ std::string offsetText(minutes offset, std::string_view separator) {
 }
 
 std::string pieceText(const DatePiece& piece, Fields& fields) {
-  const minutes offset = fields.offset.value_or(minutes(0));
+  const minutes offset = fields.offset.value_or(minutes{});
   switch (piece.field) {
     case DateField::Literal:
       return piece.literal;
@@ -104,15 +105,15 @@ void takeBlanks(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
 }
 
-bool takeDigits(std::string_view& text, std::size_t width, long& number) {
-  if (text.size() < width) return false;
-  number = 0;
+std::optional<long> takeDigits(std::string_view& text, std::size_t width) {
+  if (text.size() < width) return std::nullopt;
+  long number = 0;
   for (const char c : text.substr(0, width)) {
-    if (c < '0' || c > '9') return false;
+    if (!isAsciiDigit(c)) return std::nullopt;
     number = number * 10 + (c - '0');
   }
   text.remove_prefix(width);
-  return true;
+  return number;
 }
 
 bool takeOffset(std::string_view& text, std::optional<minutes>& offset) {
@@ -124,12 +125,11 @@ bool takeOffset(std::string_view& text, std::optional<minutes>& offset) {
   const bool west = text.starts_with('-');
   if (!west && !text.starts_with('+')) return false;
   text.remove_prefix(1);
-  long hourPart = 0;
-  long minutePart = 0;
-  if (!takeDigits(text, 2, hourPart)) return false;
+  const auto hourPart = takeDigits(text, 2);
   take(text, ":");
-  if (!takeDigits(text, 2, minutePart) || hourPart > 23 || minutePart > 59) return false;
-  offset = (west ? -1 : 1) * (chrono::hours(hourPart) + minutes(minutePart));
+  const auto minutePart = takeDigits(text, 2);
+  if (!hourPart || !minutePart || *hourPart > 23 || *minutePart > 59) return false;
+  offset = (west ? -1 : 1) * (chrono::hours(*hourPart) + minutes(*minutePart));
   return true;
 }
 
@@ -140,8 +140,11 @@ bool takePiece(std::string_view& text, const DatePiece& piece, Fields& fields) {
     case DateField::Offset:
     case DateField::IsoOffset:
       return takeOffset(text, fields.offset);
-    default:
-      return takeDigits(text, digitsOf(piece.field), *fields.number(piece.field));
+    default: {
+      const auto number = takeDigits(text, digitsOf(piece.field));
+      if (number) *fields.number(piece.field) = *number;
+      return number.has_value();
+    }
   }
 }
 

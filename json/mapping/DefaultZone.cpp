@@ -1,5 +1,6 @@
 #include "json/mapping/DefaultZone.h"
 
+#include <cmath>
 #include <ctime>
 
 namespace Vastel_Connect {
@@ -9,8 +10,7 @@ std::chrono::minutes defaultZoneOffset(Date date) {
   ::tzset();  // The zone may have changed since the last call.
   std::tm local{};
   if (::localtime_r(&time, &local) == nullptr) return {};
-  const long halfMinute = local.tm_gmtoff < 0 ? -30 : 30;
-  return std::chrono::minutes((local.tm_gmtoff + halfMinute) / 60);
+  return std::chrono::minutes(std::lround(static_cast<double>(local.tm_gmtoff) / 60));
 }
 
 std::optional<Date> dateInDefaultZone(std::chrono::local_seconds local) {

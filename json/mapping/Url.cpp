@@ -1,5 +1,6 @@
 #include "json/mapping/Url.h"
 
+#include "text/Ascii.h"
 #include "text/UrlText.h"
 #include "text/Utf8.h"
 
@@ -9,8 +10,6 @@ namespace {
 constexpr std::string_view kQueryCharacters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
     "-._~!$&'()*+,;=:@/?";
-
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 }  // namespace
 
@@ -29,7 +28,7 @@ std::optional<std::string> percentEncodedForQuery(std::string_view text) {
       encoded += c;
     } else {
       const auto byte = static_cast<unsigned char>(c);
-      encoded += {'%', kHexDigits[byte / 16], kHexDigits[byte % 16]};
+      encoded += {'%', asciiHexDigit(byte / 16), asciiHexDigit(byte % 16)};
     }
   }
   return encoded;

@@ -1,19 +1,14 @@
 #include "json/mapping/Uuid.h"
 
-#include <string_view>
+#include "text/Ascii.h"
 
 namespace Vastel_Connect {
-namespace {
-
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
-
-}  // namespace
 
 std::string Uuid::uuidString() const {
   std::string text;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-    text += {kHexDigits[bytes[i] / 16U], kHexDigits[bytes[i] % 16U]};
+    text += {asciiHexDigit(bytes[i] / 16), asciiHexDigit(bytes[i] % 16)};
   }
   return text;
 }

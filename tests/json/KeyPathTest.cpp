@@ -70,6 +70,9 @@ TEST_F(ValueForKeyPath, TakesTheDelimiterOfTheMomentOfTheCall) {
   keyPathDelimiter = "/";
   EXPECT_EQ(*valueForKeyPath(kRequest, "Outer/Inner"), 7);
   EXPECT_EQ(valueForKeyPath(kRequest, "Outer.Inner"), nullptr);
+  JSON json;
+  setValueForKeyPath(json, "a/b", 1);
+  EXPECT_EQ(json, JSON({{"a", {{"b", 1}}}}));
   keyPathDelimiter = ".";
   EXPECT_EQ(*valueForKeyPath(kRequest, "Outer.Inner"), 7);
 }

@@ -125,6 +125,15 @@ TEST(DateFormatter, ReadsTheLargestOffsets) {
   EXPECT_EQ(iso.dateFromString("2018-03-05T14:07:09-23:59"), at(1520258829 + 86340));
 }
 
+TEST(DateFormatter, ReadsTheFirstYear) {
+  EXPECT_EQ(formatter(kIsoPattern).dateFromString("0001-01-01T00:00:00Z"), at(-62135596800));
+}
+
+TEST(DateFormatter, TakesNoLiteralForAMissingField) {
+  EXPECT_EQ(formatter("MM'ab'").dateFromString("ab"), std::nullopt);
+  EXPECT_EQ(formatter("Z'ab'").dateFromString("+ab"), std::nullopt);
+}
+
 TEST(DateFormatter, ReadsTheDefaultZonesTimeWithoutAnOffset) {
   const InZone zone("Europe/Berlin");
   const auto local = formatter("yyyy-MM-dd HH:mm:ss");
@@ -148,6 +157,14 @@ TEST(DateFormatter, TakesTheSecondOfATimeThatComesTwice) {
   EXPECT_EQ(local.dateFromString("2018-10-28 02:00:00"), at(1540688400));
   EXPECT_EQ(local.dateFromString("2018-10-28 02:59:59"), at(1540691999));
   EXPECT_EQ(local.dateFromString("2018-10-28 03:00:00"), at(1540692000));
+}
+
+TEST(DateFormatter, ReadsTimesNearTwoChangesOfTheClocksWithinTwoDays) {
+  // An hour ahead from the 100th day of the year at 0:00 until noon of the day after.
+  const InZone zone("AAA0BBB,J100/0,J101/12");
+  const auto local = formatter("yyyy-MM-dd HH:mm:ss");
+  EXPECT_EQ(local.dateFromString("2018-04-10 03:00:00"), at(1523325600));
+  EXPECT_EQ(local.dateFromString("2018-04-11 10:00:00"), at(1523437200));
 }
 
 TEST(DateFormatter, TakesUnnamedFieldsFromTheFirstDayOf2000) {
@@ -190,6 +207,14 @@ TEST(DateFormatter, RoundsOffsetsWithSeconds) {
     GTEST_SKIP() << "the system's zones hold no time before 1901";
   }
   EXPECT_EQ(formatter(kIsoPattern).stringFromDate(at(before1893)), "1890-10-11T20:26:20+00:53");
+}
+
+TEST(DateFormatter, RoundsHalfAMinuteOfAnOffsetAwayFromZero) {
+  for (const std::string sign : {"+", "-"}) {
+    // POSIX counts westwards.
+    const InZone zone("OFF" + std::string(sign == "+" ? "-" : "") + "1:02:30");
+    EXPECT_EQ(formatter("Z").stringFromDate(at(0)), sign + "0103");
+  }
 }
 
 TEST(SharedIso8601DateFormatter, IsMadeOnce) {
