@@ -25,11 +25,11 @@ constexpr int kNameRaces = 100;
 
 /// A descriptor that was closed at the start would be given to the bus, and printed into.
 void openMissingStandardStreams() {
-  int descriptor = 0;
-  do {
-    descriptor = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-  if (descriptor >= 0) ::close(descriptor);
+  while (true) {
+    const int descriptor = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (descriptor > STDERR_FILENO) ::close(descriptor);
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return;
+  }
 }
 
 /// The bus tells the programs that it starts about itself. That is not for our children.

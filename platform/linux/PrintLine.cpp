@@ -59,9 +59,7 @@ class InterruptibleWriting {
     ::pthread_sigmask(SIG_BLOCK, &host().endingSignals, nullptr);
     const int signal = host().output.endingSignal;
     if (host().terminating || signal != 0) ::alarm(0);
-    if (signal == 0) return;
-    ::kill(::getpid(), signal);  // Now for the event loop.
-    host().output.endingSignal = 0;
+    if (signal != 0) ::kill(::getpid(), signal);  // Now for the event loop.
   }
   InterruptibleWriting(const InterruptibleWriting&) = delete;
   InterruptibleWriting& operator=(const InterruptibleWriting&) = delete;

@@ -14,8 +14,7 @@ namespace {
 /// followed it, and is never sent a second time.
 int replyAtOnce(sd_bus_message* call) {
   const int ret = sd_bus_reply_method_return(call, nullptr);
-  if (ret < 0) return ret;
-  return sd_bus_flush(sd_bus_message_get_bus(call));
+  return ret < 0 ? ret : sd_bus_flush(sd_bus_message_get_bus(call));
 }
 
 /// Reads one entry of a vardict. Both known ones are texts; all others are skipped.
@@ -32,34 +31,29 @@ int readPlatformDatum(sd_bus_message* call, ActivationToken& token) {
   if (text == nullptr || std::strcmp(contents, "s") != 0) return sd_bus_message_skip(call, "v");
   const char* value = nullptr;
   ret = sd_bus_message_read(call, "v", "s", &value);
-  if (ret >= 0) *text = tokenText(value);
+  if (ret > 0) *text = tokenText(value);
   return ret;
 }
 
 /// Reads a vardict. The result is negative when the message ends too soon.
 int readPlatformData(sd_bus_message* call, ActivationToken& token) {
   int ret = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "{sv}");
-  if (ret < 0) return ret;
-  while (true) {
+  while (ret > 0) {
     ret = sd_bus_message_enter_container(call, SD_BUS_TYPE_DICT_ENTRY, "sv");
-    if (ret <= 0) return ret;
-    ret = readPlatformDatum(call, token);
-    if (ret < 0) return ret;
-    ret = sd_bus_message_exit_container(call);
-    if (ret < 0) return ret;
+    if (ret > 0) ret = readPlatformDatum(call, token);
+    if (ret > 0) ret = sd_bus_message_exit_container(call);
   }
+  return ret;
 }
 
 int readTexts(sd_bus_message* call, std::vector<std::string>& texts) {
   int ret = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "s");
-  if (ret < 0) return ret;
-  while (true) {
+  while (ret > 0) {
     const char* text = nullptr;
     ret = sd_bus_message_read(call, "s", &text);
-    if (ret < 0) return ret;
-    if (ret == 0) return sd_bus_message_exit_container(call);
-    texts.emplace_back(text);
+    if (ret > 0) texts.emplace_back(text);
   }
+  return ret < 0 ? ret : sd_bus_message_exit_container(call);
 }
 
 /// Open(as uris, a{sv} platform_data), and Open(as uris) as some openers send it.
@@ -68,7 +62,7 @@ int onOpen(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
   int ret = readTexts(call, uris);
   if (ret < 0) return ret;
   ActivationToken token;
-  if (sd_bus_message_at_end(call, true) == 0) ret = readPlatformData(call, token);
+  if (sd_bus_message_has_signature(call, "asa{sv}") > 0) ret = readPlatformData(call, token);
   if (ret < 0) return ret;
   ret = replyAtOnce(call);
   if (ret < 0) return ret;
@@ -102,15 +96,10 @@ const sd_bus_vtable kApplicationTable[] = {
 };
 
 std::uint64_t requestFlags(NameRequest request) {
-  switch (request) {
-    case NameRequest::TakeOver:
-      return SD_BUS_NAME_ALLOW_REPLACEMENT | SD_BUS_NAME_REPLACE_EXISTING | SD_BUS_NAME_QUEUE;
-    case NameRequest::Queue:
-      return SD_BUS_NAME_ALLOW_REPLACEMENT | SD_BUS_NAME_QUEUE;
-    case NameRequest::IfFree:
-      break;
-  }
-  return SD_BUS_NAME_ALLOW_REPLACEMENT;
+  std::uint64_t flags = SD_BUS_NAME_ALLOW_REPLACEMENT;
+  if (request != NameRequest::IfFree) flags |= SD_BUS_NAME_QUEUE;
+  if (request == NameRequest::TakeOver) flags |= SD_BUS_NAME_REPLACE_EXISTING;
+  return flags;
 }
 
 }  // namespace
@@ -138,8 +127,7 @@ std::optional<bool> requestBusName(NameRequest request) {
 void receiveLaunchLinks() {
   sd_bus*& bus = host().bus;
   // The bus sends what waited for the name together with it, and so before any later answer.
-  sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                     "GetId", nullptr, nullptr, nullptr);
+  sd_bus_request_name(bus, kBusName, requestFlags(NameRequest::Queue));
   std::uint64_t count = 0;
   while (sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0 &&
          sd_bus_process(bus, nullptr) > 0) {

@@ -112,8 +112,7 @@ std::optional<pid_t> spawnProgram(const std::string& program,
 
 void letKernelReapChildren() {
   struct sigaction action = {};
-  action.sa_handler = SIG_DFL;
-  // Unlike an ignored SIGCHLD, this is not inherited by the children.
+  // With the default in place of a handler: an ignored SIGCHLD would be inherited by the children.
   action.sa_flags = SA_NOCLDWAIT;
   ::sigaction(SIGCHLD, &action, nullptr);
 }

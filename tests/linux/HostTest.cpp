@@ -19,6 +19,11 @@ TEST(IsMainThread, IsFalseOnAnyOther) {
   EXPECT_FALSE(elsewhere);
 }
 
+TEST(DeliverUri, DoesNothingBeforeTheApplicationsLife) {
+  deliverUri("screenpop:", {.activationToken = "token", .startupId = {}});
+  EXPECT_FALSE(host().token.activationToken);
+}
+
 [[noreturn]] void terminateWithinTheLoop() {
   sd_event_new(&host().eventLoop);
   platform::terminate();

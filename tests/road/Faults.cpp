@@ -1,13 +1,18 @@
-// Loaded before the program by the tests: a machine whose memory fails once, whose clock is set, or
-// whose bus is slow.
+// Loaded before the program by the tests: a machine whose memory fails once, whose clock is set,
+// whose bus is slow, or whose bus library has a function that fails.
+#include <dlfcn.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <string_view>
 
 extern "C" {
 void* __libc_malloc(std::size_t size);
@@ -22,6 +27,7 @@ long allocations = 0;
 const char* countFile = nullptr;
 const char* clockFile = nullptr;
 bool isBusSlow = false;
+std::string_view failingFunction;
 
 /// Takes a variable out of the environment, so that no child has it.
 const char* take(const char* variable) {
@@ -37,6 +43,7 @@ const char* take(const char* variable) {
   countFile = take("FAULTS_COUNT");
   clockFile = take("FAULTS_CLOCK");
   isBusSlow = take("FAULTS_SLOW_BUS") != nullptr;
+  if (const char* name = take("FAULTS_FUNCTION")) failingFunction = name;
   allocations = 0;
 }
 
@@ -54,6 +61,12 @@ bool fails() {
   return true;
 }
 
+/// The library's function, of the type of the one that stands before it.
+template <typename Function>
+Function* next(Function* /*before*/, const char* name) {
+  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
 }  // namespace
 
 extern "C" {
@@ -68,6 +81,34 @@ void* calloc(std::size_t count, std::size_t size) {
 
 void* realloc(void* memory, std::size_t size) {
   return fails() ? nullptr : __libc_realloc(memory, size);
+}
+
+int sd_event_loop(sd_event* loop) {
+  if (failingFunction == __func__) return -EIO;
+  return next(sd_event_loop, __func__)(loop);
+}
+
+int sd_event_add_signal(sd_event* loop, sd_event_source** source, int number,
+                        sd_event_signal_handler_t handler, void* userdata) {
+  if (failingFunction == __func__) return -EMFILE;
+  return next(sd_event_add_signal, __func__)(loop, source, number, handler, userdata);
+}
+
+int sd_bus_request_name(sd_bus* bus, const char* name, std::uint64_t flags) {
+  if (failingFunction == __func__) return -ETIMEDOUT;
+  return next(sd_bus_request_name, __func__)(bus, name, flags);
+}
+
+/// The program sends no answer that has a content.
+int sd_bus_reply_method_return(sd_bus_message* call, const char* /*types*/, ...) {
+  if (failingFunction == __func__) return -ENOMEM;
+  return next(sd_bus_reply_method_return, __func__)(call, nullptr);
+}
+
+/// Any limit of time is over at once.
+int sd_bus_wait(sd_bus* bus, std::uint64_t microseconds) {
+  if (failingFunction == __func__ && microseconds != UINT64_MAX) return 0;
+  return next(sd_bus_wait, __func__)(bus, microseconds);
 }
 
 /// Finds no room every other time.

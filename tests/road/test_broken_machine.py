@@ -1,12 +1,16 @@
-"""A machine without memory or descriptors, one whose clock is set, and one whose bus is slow."""
+"""A machine without memory or descriptors, one whose clock is set, one whose bus is slow, and one
+whose bus library fails."""
 
 import os
 import resource
+import signal
 import time
+
+from gi.repository import GLib
 
 from desktop import Desktop
 from model import page_link
-from road import FATAL, LINK, RoadTestCase, descriptors, messages_of, pages
+from road import BUSY, FATAL, LINK, PAGE, RoadTestCase, descriptors, messages_of, pages
 from session import Pages
 
 FAULTS = os.environ["CONNECT_FAULTS"]
@@ -95,3 +99,44 @@ class BrokenMachineTest(RoadTestCase):
         desktop.wait_until(lambda: answers)
         self.assertEqual(answers, [None])
         self.assertEqual(listener.finish().status, 70)
+
+    # The bus library.
+
+    def test_a_program_that_cannot_wait_for_its_signals_is_ended_by_them(self):
+        desktop = Desktop(self)
+        listener = desktop.listen(LD_PRELOAD=FAULTS, FAULTS_FUNCTION="sd_event_add_signal")
+        self.assertEqual(listener.end().status, -signal.SIGTERM)
+
+    def test_an_event_loop_that_fails_ends_the_program_which_says_so(self):
+        desktop = Desktop(self)
+        result = desktop.run(LD_PRELOAD=FAULTS, FAULTS_FUNCTION="sd_event_loop")
+        self.assertEqual((result.errors, result.status),
+                         ("vastel-connect: the event loop has failed\n", 1))
+
+    def test_a_bus_that_does_not_give_the_name_is_none(self):
+        desktop = Desktop(self)
+        for arguments in ((), ("--dbus-service",)):
+            result = desktop.run(*arguments, LD_PRELOAD=FAULTS,
+                                 FAULTS_FUNCTION="sd_bus_request_name")
+            self.assertEqual((result.errors, result.status), (
+                "vastel-connect: no session bus, so no link can arrive\n", 1))
+
+    def test_a_link_that_cannot_be_answered_is_not_opened(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log", LD_PRELOAD=FAULTS,
+                                  FAULTS_FUNCTION="sd_bus_reply_method_return")
+        for method, parameters in (("Open", GLib.Variant("(asa{sv})", ([LINK], {}))),
+                                   ("Activate", GLib.Variant("(a{sv})", ({},)))):
+            with self.assertRaises(GLib.Error):
+                desktop.call(method, parameters)
+        self.expect_silence(listener.end())
+
+    def test_whoever_waits_for_a_busy_program_is_told_once(self):
+        desktop = Desktop(self)
+        listener = desktop.listen()
+        listener.send(signal.SIGSTOP)
+        follower = desktop.start(LINK, LD_PRELOAD=FAULTS, FAULTS_FUNCTION="sd_bus_wait")
+        self.assertEqual(follower.errors.next(), BUSY)
+        listener.send(signal.SIGCONT)
+        self.expect_silence(follower.finish())
+        self.assertEqual(desktop.opened(), PAGE)

@@ -150,9 +150,9 @@ class HandlersTest(RoadTestCase):
         desktop.open(LINK)
         pid = desktop.page().pid
         desktop.wait_until(lambda: units)
-        ((name, mode, properties, auxiliary),) = units
+        ((name, mode, properties, auxiliary, expects_no_answer),) = units
         self.assertEqual(name, f"app-vastel\\x2dconnect-browser-{pid}.scope")
-        self.assertEqual((mode, auxiliary), ("fail", []))
+        self.assertEqual((mode, auxiliary, expects_no_answer), ("fail", [], True))
         self.assertEqual(dict(properties), {"PIDs": [pid], "Slice": "app.slice",
                                             "CollectMode": "inactive-or-failed"})
 
@@ -173,7 +173,9 @@ class HandlersTest(RoadTestCase):
         calls = []
 
         def on_call(_bus, _sender, _path, _interface, _method, parameters, invocation):
-            calls.append(parameters.unpack())
+            # Whoever does not read an answer shall not be sent one.
+            flags = invocation.get_message().get_flags()
+            calls.append((*parameters.unpack(), bool(flags & Gio.DBusMessageFlags.NO_REPLY_EXPECTED)))
             invocation.return_value(GLib.Variant("(o)", ("/job/1",)))
 
         interface = Gio.DBusNodeInfo.new_for_xml("""<node>
