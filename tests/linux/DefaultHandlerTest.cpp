@@ -93,6 +93,21 @@ TEST_F(DefaultHandlerOfHttp, IsTheApplicationThatTheUserChose) {
   EXPECT_EQ(handler->arguments, (std::vector<std::string>{"one", std::string(kUrl)}));
 }
 
+TEST_F(DefaultHandlerOfHttp, IsLookedForInTheUsualFoldersWhereNoneAreNamed) {
+  for (const char* name :
+       {"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS"}) {
+    environment.set(name, std::nullopt);
+  }
+  environment.set("HOME", "/home/user");
+  const auto folders = findMimeFolders();
+  ASSERT_TRUE(folders);
+  std::string found;
+  for (const auto& [path, holdsEntries] : *folders) found += path + (holdsEntries ? "!\n" : "\n");
+  EXPECT_EQ(found,
+            "/home/user/.config\n/etc/xdg\n/home/user/.local/share/applications!\n"
+            "/usr/local/share/applications!\n/usr/share/applications!\n");
+}
+
 TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnOverlongList) {
   for (const std::size_t length : {16384U, 16385U}) {
     std::string list = "alpha.desktop";
@@ -253,6 +268,15 @@ TEST_F(DefaultHandlerOfHttp, IsThatOfTheFirstChoiceWhateverIsBehindIt) {
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   }
   EXPECT_TRUE(isPlain());
+}
+
+TEST_F(DefaultHandlerOfHttp, IsFoundInTheListOfApplicationsBesideThemAlone) {
+  folder.write("config/mimeapps.list", "");
+  for (const auto& [path, isRead] : {std::pair("config", false), {"share/applications", true}}) {
+    folder.write(std::string(path) + "/mimeinfo.cache",
+                 "[MIME Cache]\nx-scheme-handler/http=alpha.desktop;\n");
+    EXPECT_EQ(isPlain(), isRead) << path;
+  }
 }
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnEndlessList) {

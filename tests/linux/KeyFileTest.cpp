@@ -1,9 +1,11 @@
 // Tests platform/linux/KeyFile.h.
 #include "platform/linux/KeyFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/linux/PrivateFolder.h"
@@ -108,6 +110,23 @@ TEST_F(KeyFileOnDisk, RefusesWhatIsNoRegularFile) {
                                   std::string("/dev/zero"), std::string("/dev/null")}) {
     EXPECT_FALSE(KeyFile::read(path)) << path;
   }
+}
+
+// The first terminal that the leader of a session opens in the usual way may hang it up later.
+TEST_F(KeyFileOnDisk, MakesNoTerminalItsOwn) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_EQ(::unlockpt(terminal), 0);
+  const std::string path = ::ptsname(terminal);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::setsid();
+    const bool isRead = KeyFile::read(path).has_value();
+    ::_exit(isRead || ::open("/dev/tty", O_RDONLY) >= 0 ? EXIT_FAILURE : EXIT_SUCCESS);
+  }
+  int status = -1;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  ::close(terminal);
 }
 
 TEST_F(KeyFileOnDisk, RefusesAFileThatItMayNotRead) {

@@ -57,12 +57,15 @@ TEST(SpawnProgram, GivesItASessionOfItsOwn) {
 }
 
 TEST(SpawnProgram, GivesItNoStreamOrDescriptorOfOurs) {
-  const int ours = ::open("/dev/null", O_RDONLY);
-  ASSERT_GE(ours, 0);
-  const std::string number = std::to_string(ours);
+  int ours[2];
+  ASSERT_EQ(::pipe(ours), 0);
+  const int input = ::dup(STDIN_FILENO);
+  ::dup2(ours[0], STDIN_FILENO);
+  const std::string number = std::to_string(ours[1]);
   EXPECT_EQ(outputOf("readlink /proc/$$/fd/0 /proc/$$/fd/2 /proc/$$/fd/" + number + "; :"),
             "/dev/null\n/dev/null\n");
-  ::close(ours);
+  ::dup2(input, STDIN_FILENO);
+  for (const int descriptor : {input, ours[0], ours[1]}) ::close(descriptor);
 }
 
 TEST(SpawnProgram, GivesItAllSignalsWithTheirDefaults) {
