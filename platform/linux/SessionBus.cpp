@@ -127,13 +127,14 @@ std::optional<bool> requestBusName(NameRequest request) {
 void receiveLaunchLinks() {
   sd_bus*& bus = host().bus;
   // The bus sends what waited for the name together with it, and so before any later answer.
-  sd_bus_request_name(bus, kBusName, requestFlags(NameRequest::Queue));
+  int ret = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                               "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr);
   std::uint64_t count = 0;
-  while (sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0 &&
-         sd_bus_process(bus, nullptr) > 0) {
+  while (ret >= 0 && sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0) {
+    ret = sd_bus_process(bus, nullptr);
   }
   // A call may be lost with it. Its sender is told by the end of the connection.
-  if (sd_bus_is_open(bus) <= 0) bus = sd_bus_close_unref(bus);
+  if (ret < 0 || sd_bus_is_open(bus) <= 0) bus = sd_bus_close_unref(bus);
 }
 
 void leaveBus() {

@@ -6,7 +6,7 @@ import resource
 import signal
 import time
 
-from gi.repository import GLib
+from gi.repository import Gio, GLib
 
 from desktop import Desktop
 from model import page_link
@@ -14,8 +14,8 @@ from road import BUSY, FATAL, LINK, PAGE, RoadTestCase, descriptors, messages_of
 from session import Pages
 
 FAULTS = os.environ["CONNECT_FAULTS"]
-# About so many of the allocations fail in turn, each in a program of its own.
-RUNS = int(os.environ.get("CONNECT_FAULTS_RUNS", "60"))
+# About so many of the allocations fail in turn, each in a program of its own: all of them.
+RUNS = int(os.environ.get("CONNECT_FAULTS_RUNS", "1000"))
 
 
 class BrokenMachineTest(RoadTestCase):
@@ -43,6 +43,9 @@ class BrokenMachineTest(RoadTestCase):
         answers = []
         desktop.call_open([page_link(page)], answers)
         desktop.wait_until(lambda: answers)
+        if answers[0]:
+            self.assertFalse(answers[0].matches(Gio.io_error_quark(), Gio.IOErrorEnum.TIMED_OUT),
+                             "neither taken nor refused")
         # Only the first program that is started has the fault.
         desktop.set_service_environment(FAULTS_ALLOCATION="0")
         return answers[0]
