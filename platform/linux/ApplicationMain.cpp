@@ -95,9 +95,6 @@ std::optional<int> giveLinksAway(const std::vector<std::string>& links,
         return EXIT_SUCCESS;
       case HandOver::Refused:
         return EXIT_FAILURE;
-      case HandOver::NoBus:
-        leaveBus();
-        return std::nullopt;
       case HandOver::NobodyThere:
         if (requestBusName(NameRequest::IfFree).value_or(false)) return std::nullopt;
     }

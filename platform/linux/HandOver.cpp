@@ -1,7 +1,6 @@
 // What a process does that was started with links: it gives them to the one that is running.
 #include "platform/linux/HandOver.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -31,7 +30,8 @@ void appendText(sd_bus_message* call, const char* key, const std::optional<std::
   if (text) sd_bus_message_append(call, "{sv}", key, "s", text->c_str());
 }
 
-/// Null when a link is no text to sd-bus, which refuses Unicode's noncharacters.
+/// Null, which nobody can send, when a link is no text to sd-bus, which refuses Unicode's
+/// noncharacters.
 sd_bus_message* makeOpenCall(const std::vector<std::string>& links, const ActivationToken& token) {
   sd_bus_message* call = nullptr;
   sd_bus_message_new_method_call(host().bus, &call, kBusName, kObjectPath, kApplicationInterface,
@@ -74,7 +74,7 @@ std::optional<Answer> waitForAnswer(const std::optional<Answer>& answer) {
         patience = UINT64_MAX;
       }
     }
-    if (result < 0 && result != -EINTR) return std::nullopt;
+    if (result < 0) return std::nullopt;
   }
   return answer;
 }
@@ -88,38 +88,40 @@ bool saysNobodyThere(std::string_view name) {
          name.starts_with("org.freedesktop.systemd1.");
 }
 
+HandOver refuse(const std::string& reason) {
+  complain(reason);
+  return HandOver::Refused;
+}
+
+/// Absent when the application ended without an answer.
+std::optional<HandOver> handOverOnce(const std::vector<std::string>& links,
+                                     const ActivationToken& token) {
+  sd_bus_message* call = makeOpenCall(links, token);
+  std::optional<Answer> kept;
+  sd_bus_slot* slot = nullptr;
+  const int queued = sd_bus_call_async(host().bus, &slot, call, onAnswer, &kept, UINT64_MAX);
+  // Before `kept` goes: the end of the bus is an answer, too, which would still come.
+  const std::unique_ptr<sd_bus_slot, decltype(&sd_bus_slot_unref)> wait(slot, sd_bus_slot_unref);
+  sd_bus_message_unref(call);
+  if (queued < 0) return refuse("the link was refused: the bus does not carry it");
+  const auto answer = waitForAnswer(kept);
+  if (!answer || sd_bus_is_open(host().bus) <= 0) {
+    return refuse("the session bus is gone: the link may have been opened, or not");
+  }
+  if (answer->errorName.empty()) return HandOver::Done;
+  if (saysNobodyThere(answer->errorName)) return HandOver::NobodyThere;
+  // An application answers before it acts, so one that ended without an answer has not acted.
+  if (answer->errorName == SD_BUS_ERROR_NO_REPLY) return std::nullopt;
+  return refuse("the link was refused: " + answer->errorMessage);
+}
+
 }  // namespace
 
 HandOver handOverLinks(const std::vector<std::string>& links, const ActivationToken& token) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    sd_bus_message* call = makeOpenCall(links, token);
-    if (call == nullptr) {
-      complain("the link was refused: the bus does not carry it");
-      return HandOver::Refused;
-    }
-    std::optional<Answer> kept;
-    sd_bus_slot* slot = nullptr;
-    sd_bus_call_async(host().bus, &slot, call, onAnswer, &kept, UINT64_MAX);
-    // Before `kept` goes: the end of the bus is an answer, too, which would still come.
-    const std::unique_ptr<sd_bus_slot, decltype(&sd_bus_slot_unref)> wait(slot, sd_bus_slot_unref);
-    sd_bus_message_unref(call);
-    // What did not leave this process whole was not read by anybody.
-    if (sd_bus_flush(host().bus) < 0) return HandOver::NoBus;
-    const auto answer = waitForAnswer(kept);
-    if (!answer || sd_bus_is_open(host().bus) <= 0) {
-      complain("the session bus is gone: the link may have been opened, or not");
-      return HandOver::Refused;
-    }
-    if (answer->errorName.empty()) return HandOver::Done;
-    if (saysNobodyThere(answer->errorName)) return HandOver::NobodyThere;
-    // An application answers before it acts, so one that ended without an answer has not acted.
-    if (answer->errorName != SD_BUS_ERROR_NO_REPLY) {
-      complain("the link was refused: " + answer->errorMessage);
-      return HandOver::Refused;
-    }
+    if (const auto result = handOverOnce(links, token)) return *result;
   }
-  complain("the link was not taken: the application ends before it answers");
-  return HandOver::Refused;
+  return refuse("the link was not taken: the application ends before it answers");
 }
 
 }  // namespace Vastel_Connect

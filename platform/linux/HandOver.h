@@ -12,8 +12,6 @@ enum class HandOver {
   Done,
   /// There is no application, and the bus cannot start one: this process is to be it.
   NobodyThere,
-  /// The bus itself cannot be talked to.
-  NoBus,
   /// Somebody has the application's name and does not take links, or the bus went away before an
   /// answer came. Said on standard error.
   Refused,

@@ -106,7 +106,10 @@ std::uint64_t requestFlags(NameRequest request) {
 
 bool connectSessionBus() {
   sd_bus*& bus = host().bus;
-  const bool connected = sd_bus_open_user(&bus) >= 0 &&
+  const char* name = nullptr;
+  // Our unique name is the bus' answer to our greeting. A link that left beside the greeting might be
+  // opened although the connection failed.
+  const bool connected = sd_bus_open_user(&bus) >= 0 && sd_bus_get_unique_name(bus, &name) >= 0 &&
                          sd_bus_add_object(bus, nullptr, kObjectPath, onAnyCall, nullptr) >= 0 &&
                          sd_bus_add_object_vtable(bus, nullptr, kObjectPath, kApplicationInterface,
                                                   kApplicationTable, nullptr) >= 0;
@@ -130,7 +133,7 @@ void receiveLaunchLinks() {
   int ret = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr);
   std::uint64_t count = 0;
-  while (ret >= 0 && sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0) {
+  while (ret > 0 && sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0) {
     ret = sd_bus_process(bus, nullptr);
   }
   // A call may be lost with it. Its sender is told by the end of the connection.

@@ -162,7 +162,7 @@ class Tree:
         if folder != "platform/linux":
             return
         environment = {
-            "CONNECT_STAGE": str(self._stage), "CONNECT_LIMIT": "30", "CONNECT_FAULTS_RUNS": "5",
+            "CONNECT_STAGE": str(self._stage), "CONNECT_LIMIT": "30",
             "CONNECT_FIND_DEFAULT_HANDLER": str(self._build / "tests/linux/FindDefaultHandler"),
             "CONNECT_RECORD_LAUNCH": str(self._build / "tests/linux/RecordLaunch"),
             "CONNECT_FAULTS": str(self._build / "tests/linux/libconnect_faults.so")}

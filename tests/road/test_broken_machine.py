@@ -1,6 +1,8 @@
 """A machine without memory or descriptors, one whose clock is set, one whose bus is slow, and one
 whose bus library fails."""
 
+import collections
+import contextlib
 import os
 import resource
 import signal
@@ -14,8 +16,6 @@ from road import BUSY, FATAL, LINK, PAGE, RoadTestCase, descriptors, messages_of
 from session import Pages
 
 FAULTS = os.environ["CONNECT_FAULTS"]
-# About so many of the allocations fail in turn, each in a program of its own: all of them.
-RUNS = int(os.environ.get("CONNECT_FAULTS_RUNS", "1000"))
 
 
 class BrokenMachineTest(RoadTestCase):
@@ -39,6 +39,13 @@ class BrokenMachineTest(RoadTestCase):
         desktop.daemon.output.skip()
         return sorted(opened.now())
 
+    def allocations(self, path, least):
+        """How many a program counted that has ended."""
+        with open(path, encoding="ascii") as file:
+            count = int(file.read())
+        self.assertGreater(count, least)
+        return count
+
     def follow_once(self, desktop, page):
         answers = []
         desktop.call_open([page_link(page)], answers)
@@ -56,14 +63,36 @@ class BrokenMachineTest(RoadTestCase):
         count = desktop.folder + "/count"
         desktop.set_service_environment(FAULTS_COUNT=count)
         self.assertEqual(self.follow(desktop, opened, 0), pages(3))
-        with open(count, encoding="ascii") as file:
-            allocations = int(file.read())
-        self.assertGreater(allocations, 200)
-        for failing in range(1, allocations + 1, max(1, allocations // RUNS)):
+        for failing in range(1, self.allocations(count, 200) + 1):
             found = self.follow(desktop, opened, failing)
             self.assertLessEqual(set(found), set(pages(3)))
             self.assertIn(len(found), (2, 3), f"allocation {failing}: {found}")
             self.assertEqual(len(set(found)), len(found), f"allocation {failing}: {found}")
+
+    def test_one_failing_allocation_of_a_sender_misleads_nobody(self):
+        desktop = Desktop(self)
+        opened = Pages(self, desktop)
+        listener = desktop.listen()
+        count = desktop.folder + "/count"
+        self.expect_silence(desktop.run(LINK, LD_PRELOAD=FAULTS, FAULTS_COUNT=count))
+        self.assertEqual(opened.next(), PAGE)
+        results = {}
+        for failing, page in enumerate(pages(self.allocations(count, 50)), 1):
+            sender = desktop.start(page_link(page), LD_PRELOAD=FAULTS,
+                                   FAULTS_ALLOCATION=str(failing))
+            # Where it does not reach the bus, it is the application itself.
+            with contextlib.suppress(EOFError):
+                sender.banner()
+                sender.send(signal.SIGTERM)
+            results[page] = sender.finish()
+            desktop.forget(sender)
+        listener.end()
+        desktop.wait_for_orphans()
+        found = collections.Counter(opened.now())
+        for page, result in results.items():
+            fewest = 1 if result.status == 0 else 0
+            most = 0 if "refused" in result.errors else 1
+            self.assertTrue(fewest <= found[page] <= most, (page, found[page], result))
 
     def test_a_link_is_only_logged_without_descriptors(self):
         desktop = Desktop(self)
@@ -123,6 +152,14 @@ class BrokenMachineTest(RoadTestCase):
                                  FAULTS_FUNCTION="sd_bus_request_name")
             self.assertEqual((result.errors, result.status), (
                 "vastel-connect: no session bus, so no link can arrive\n", 1))
+
+    def test_a_link_that_cannot_be_sent_is_refused(self):
+        desktop = Desktop(self)
+        listener = desktop.listen("-log")
+        result = desktop.run(LINK, LD_PRELOAD=FAULTS, FAULTS_FUNCTION="sd_bus_call_async")
+        self.assertEqual((result.errors, result.status), (
+            "vastel-connect: the link was refused: the bus does not carry it\n", 1))
+        self.expect_silence(listener.end())
 
     def test_a_link_that_cannot_be_answered_is_not_opened(self):
         desktop = Desktop(self)

@@ -145,8 +145,9 @@ class TerminalTest(RoadTestCase):
 
     # Standard output that is not there.
 
-    def expect_closing_harms_nothing(self, redirections):
+    def expect_closing_harms_nothing(self, *numbers):
         desktop = Desktop(self)
+        redirections = " ".join(f"{number}>&-" for number in numbers)
         closed = ("/bin/sh", "-c", f'exec "$0" "$@" {redirections}', PROGRAM)
         self.expect_silence(desktop.spawn(*closed, "-help").finish())
 
@@ -156,14 +157,15 @@ class TerminalTest(RoadTestCase):
         for _ in range(3):
             desktop.open(LINK)
             self.assertEqual(desktop.opened(), PAGE)
-        self.assertEqual(os.readlink(f"/proc/{process.pid}/fd/1"), "/dev/null")
+        for number in numbers:
+            self.assertEqual(os.readlink(f"/proc/{process.pid}/fd/{number}"), "/dev/null")
         self.expect_silence(process.end())
 
     def test_a_closed_standard_output_harms_nothing(self):
-        self.expect_closing_harms_nothing(">&-")
+        self.expect_closing_harms_nothing(1)
 
     def test_no_standard_stream_at_all_harms_nothing(self):
-        self.expect_closing_harms_nothing("<&- >&- 2>&-")
+        self.expect_closing_harms_nothing(0, 1, 2)
 
     def expect_failing_output_harms_nothing(self, output):
         desktop = Desktop(self)
