@@ -234,12 +234,15 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualName) {
 // A folder "alpha" could hold a "beta.desktop", and which of both is meant depends on the reader.
 TEST_F(DefaultHandlerOfHttp, IsNotPlainWhereItCouldStandInASubfolder) {
   folder.write("config/mimeapps.list",
-               "[Default Applications]\nx-scheme-handler/http=alpha-beta.desktop\n");
-  folder.write("share/applications/alpha-beta.desktop",
+               "[Default Applications]\nx-scheme-handler/http=alpha-beta-gamma.desktop\n");
+  folder.write("share/applications/alpha-beta-gamma.desktop",
                "[Desktop Entry]\nType=Application\nExec=one %u\n");
-  EXPECT_TRUE(isPlain());
-  std::filesystem::create_directory(folder.path("share/applications/alpha"));
-  EXPECT_FALSE(isPlain());
+  for (const char* name : {"share/applications/alpha", "share/applications/alpha-beta"}) {
+    EXPECT_TRUE(isPlain());
+    std::filesystem::create_directory(folder.path(name));
+    EXPECT_FALSE(isPlain()) << name;
+    std::filesystem::remove(folder.path(name));
+  }
 }
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileFile) {
