@@ -13,8 +13,9 @@ namespace {
 /// Answers a call before it is carried out: a link that stops the program is no error for whoever
 /// followed it, and is never sent a second time.
 int replyAtOnce(sd_bus_message* call) {
-  const int ret = sd_bus_reply_method_return(call, nullptr);
-  return ret < 0 ? ret : sd_bus_flush(sd_bus_message_get_bus(call));
+  int ret = sd_bus_reply_method_return(call, nullptr);
+  if (ret >= 0) ret = sd_bus_flush(sd_bus_message_get_bus(call));
+  return ret < 0 ? ret : 1;
 }
 
 /// Reads one entry of a vardict. Both known ones are texts; all others are skipped.
@@ -67,13 +68,12 @@ int onOpen(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
   ret = replyAtOnce(call);
   if (ret < 0) return ret;
   for (const std::string& uri : uris) deliverUri(uri, token);
-  return 1;
+  return ret;
 }
 
 /// The application has no window to raise and no action: it is running, which is all they ask for.
 int onActivate(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
-  const int ret = replyAtOnce(call);
-  return ret < 0 ? ret : 1;
+  return replyAtOnce(call);
 }
 
 /// Takes the form of Open that the table below cannot hold beside the other.

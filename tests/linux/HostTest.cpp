@@ -2,6 +2,7 @@
 #include "platform/linux/Host.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <thread>
@@ -24,6 +25,13 @@ TEST(DeliverUri, DoesNothingBeforeTheApplicationsLife) {
   EXPECT_FALSE(host().token.activationToken);
 }
 
+TEST(PrintLine, LeavesNoAlarmBehindALineThatWasTaken) {
+  host().terminating = true;
+  platform::printLine("taken");
+  EXPECT_EQ(::alarm(0), 0U);
+  host().terminating = false;
+}
+
 [[noreturn]] void terminateWithinTheLoop() {
   sd_event_new(&host().eventLoop);
   platform::terminate();
@@ -34,12 +42,12 @@ TEST(Terminate, EndsTheEventLoopInTheNormalWay) {
   EXPECT_EXIT(terminateWithinTheLoop(), testing::ExitedWithCode(0), "");
 }
 
-/// Runs the application to its end, and ends with status 0 when it left no handler behind.
+/// Runs the application to its end, and ends with status 0 when it left nothing behind.
 [[noreturn]] void runWith(std::string argument) {
   std::string name = "vastel-connect";
   char* arguments[] = {name.data(), argument.data(), nullptr};
   const int status = applicationMain(2, arguments);
-  std::_Exit(status == 0 && !host().deliversUris ? 0 : 1);
+  std::_Exit(status == 0 && !host().deliversUris && host().delegate == nullptr ? 0 : 1);
 }
 
 TEST(ApplicationMain, TerminatesTheDelegate) {

@@ -61,9 +61,9 @@ TEST(SpawnProgram, GivesItNoStreamOrDescriptorOfOurs) {
   ASSERT_EQ(::pipe(ours), 0);
   const int input = ::dup(STDIN_FILENO);
   ::dup2(ours[0], STDIN_FILENO);
-  const std::string number = std::to_string(ours[1]);
-  EXPECT_EQ(outputOf("readlink /proc/$$/fd/0 /proc/$$/fd/2 /proc/$$/fd/" + number + "; :"),
-            "/dev/null\n/dev/null\n");
+  std::string links = "readlink /proc/$$/fd/0 /proc/$$/fd/2";
+  for (const int descriptor : ours) links += " /proc/$$/fd/" + std::to_string(descriptor);
+  EXPECT_EQ(outputOf(links + "; :"), "/dev/null\n/dev/null\n");
   ::dup2(input, STDIN_FILENO);
   for (const int descriptor : {input, ours[0], ours[1]}) ::close(descriptor);
 }

@@ -53,8 +53,8 @@ REPLACEMENTS = [
     ("comparison", r" (<=|>=|==|!=|<|>) ", lambda m: OTHER[m[1]]),
     ("logic", r" (&&|\|\|) ", lambda m: OTHER[m[1]]),
     ("arithmetic", r" (\+=|-=|\|=|<<|>>|\+|-|\*|/|%) (?!\n)", lambda m: OTHER[m[1]]),
-    ("flag", r"\b(\w+ \| \w+)\b", lambda m: m[1].split(" | ")[0]),
-    # O_RDONLY is 0.
+    # What is started gets none of our descriptors in any case, and O_RDONLY is 0.
+    ("flag", r"\b(\w+ \| (?!O_CLOEXEC)\w+)\b", lambda m: m[1].split(" | ")[0]),
     ("flag", r"\b((?!O_RDONLY)\w+ \| \w+)\b", lambda m: m[1].split(" | ")[1]),
     ("constant", r"(?<![\w.'])(\d[\d']*|0x[0-9A-Fa-f]+)(?=[uULl]*\b)(?!\.\d)",
      lambda m: str(int(m[1].replace("'", ""), 0) + 1)),

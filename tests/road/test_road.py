@@ -88,6 +88,15 @@ class RoadTest(RoadTestCase):
             "quit", [GLib.Variant("s", "now")], {})))
         self.expect_link(desktop, listener)
 
+    def test_the_bus_tells_what_the_program_takes(self):
+        desktop = Desktop(self)
+        desktop.listen()
+        (text,) = desktop.call("Introspect", None, "org.freedesktop.DBus.Introspectable")
+        interface = Gio.DBusNodeInfo.new_for_xml(text).lookup_interface(INTERFACE)
+        self.assertEqual([method.name for method in interface.methods],
+                         ["Activate", "Open", "ActivateAction"])
+        self.assertNotIn("Deprecated", text)
+
     def test_a_start_without_a_link_waits_for_none(self):
         desktop = Desktop(self, service=SERVICE + " -log")
         desktop.ask_bus("StartServiceByName", NAME, 0)

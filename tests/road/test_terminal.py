@@ -281,7 +281,9 @@ class TerminalTest(RoadTestCase):
         ours, theirs = socket.socketpair()
         self.addCleanup(ours.close)
         self.addCleanup(theirs.close)
-        self.expect_end_for_a_stuck_reader(Desktop(self), theirs)
+        # What is blocked at the start stays blocked in a program.
+        self.expect_end_for_a_stuck_reader(Desktop(self), theirs,
+                                           command=("env", "--block-signal=ALRM", PROGRAM))
 
     def test_a_signal_ends_a_program_that_may_not_open_its_output_once_more(self):
         self.addCleanup(os.umask, os.umask(0o022))
