@@ -107,8 +107,8 @@ std::uint64_t requestFlags(NameRequest request) {
 bool connectSessionBus() {
   sd_bus*& bus = host().bus;
   const char* name = nullptr;
-  // Our unique name is the bus' answer to our greeting. A link that left beside the greeting might be
-  // opened although the connection failed.
+  // Our unique name is the bus' answer to our greeting. A link that left beside the greeting might
+  // be opened although the connection failed.
   const bool connected = sd_bus_open_user(&bus) >= 0 && sd_bus_get_unique_name(bus, &name) >= 0 &&
                          sd_bus_add_object(bus, nullptr, kObjectPath, onAnyCall, nullptr) >= 0 &&
                          sd_bus_add_object_vtable(bus, nullptr, kObjectPath, kApplicationInterface,
