@@ -27,9 +27,8 @@ template <typename Number>
 Decode<std::vector<Number>> decodeNumberArray(std::string_view keyPath, std::string_view delimiter,
                                               Accessor<Number> accessor) {
   return decodeWith<std::vector<Number>>(keyPath, delimiter, [accessor](const JsonValue& value) {
-    return arrayOf<Number>(value, [accessor](const JsonValue& element) {
-      return numberOf<Number>(element, accessor);
-    });
+    return arrayOf<Number>(
+        value, [&](const JsonValue& element) { return numberOf<Number>(element, accessor); });
   });
 }
 
