@@ -103,7 +103,8 @@ int sd_bus_call_async(sd_bus* bus, sd_bus_slot** slot, sd_bus_message* call,
                       sd_bus_message_handler_t handler, void* userdata,
                       std::uint64_t microseconds) {
   const char* destination = sd_bus_message_get_destination(call);
-  const bool isOurs = destination != nullptr && destination == std::string_view("com.vastel.Connect");
+  const bool isOurs =
+      destination != nullptr && destination == std::string_view("com.vastel.Connect");
   if (isOurs && failingFunction == __func__) return -ENOMEM;
   return next(sd_bus_call_async, __func__)(bus, slot, call, handler, userdata, microseconds);
 }
