@@ -62,7 +62,10 @@ TEST(SpawnProgram, GivesItNoStreamOrDescriptorOfOurs) {
   const int input = ::dup(STDIN_FILENO);
   ::dup2(ours[0], STDIN_FILENO);
   std::string links = "readlink /proc/$$/fd/0 /proc/$$/fd/2";
-  for (const int descriptor : ours) links += " /proc/$$/fd/" + std::to_string(descriptor);
+  for (const int descriptor : {STDERR_FILENO + 1, ours[0], ours[1]}) {
+    ::fcntl(descriptor, F_SETFD, 0);
+    links += " /proc/$$/fd/" + std::to_string(descriptor);
+  }
   EXPECT_EQ(outputOf(links + "; :"), "/dev/null\n/dev/null\n");
   ::dup2(input, STDIN_FILENO);
   for (const int descriptor : {input, ours[0], ours[1]}) ::close(descriptor);
