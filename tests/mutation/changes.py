@@ -55,7 +55,7 @@ REPLACEMENTS = [
     ("arithmetic", r" (\+=|-=|\|=|<<|>>|\+|-|\*|/|%) (?!\n)", lambda m: OTHER[m[1]]),
     # What is started gets none of our descriptors in any case, and O_RDONLY is 0.
     ("flag", r"\b(\w+ \| (?!O_CLOEXEC)\w+)\b", lambda m: m[1].split(" | ")[0]),
-    ("flag", r"\b((?!O_RDONLY)\w+ \| \w+)\b", lambda m: m[1].split(" | ")[1]),
+    ("flag", r"\b((?!O_RDONLY|O_CLOEXEC)\w+ \| \w+)\b", lambda m: m[1].split(" | ")[1]),
     ("constant", r"(?<![\w.'])(\d[\d']*|0x[0-9A-Fa-f]+)(?=[uULl]*\b)(?!\.\d)",
      lambda m: str(int(m[1].replace("'", ""), 0) + 1)),
     ("constant", r"\b(true|false)\b(?! *\{)", lambda m: OTHER[m[1]]),
