@@ -12,8 +12,8 @@ enum class HandOver {
   Done,
   /// There is no application, and the bus cannot start one: this process is to be it.
   NobodyThere,
-  /// Somebody has the application's name and does not take links, or the bus went away before an
-  /// answer came. Said on standard error.
+  /// The bus does not carry the links, somebody has the application's name and does not take them,
+  /// or the bus went away before an answer came. Said on standard error.
   Refused,
 };
 

@@ -26,7 +26,7 @@ struct Output {
   std::once_flag prepared;
   /// Takes the place of a reader that is stuck.
   int nullDevice = -1;
-  /// The signal to end that came while a line was written; otherwise 0.
+  /// The signal to end that came while a line was written; 0 until then.
   volatile std::sig_atomic_t endingSignal = 0;
   /// The line before was not written to its end.
   std::atomic<bool> isBrokenOff = false;

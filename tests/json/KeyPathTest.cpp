@@ -70,6 +70,7 @@ TEST_F(ValueForKeyPath, TakesTheDelimiterOfTheMomentOfTheCall) {
   keyPathDelimiter = "/";
   EXPECT_EQ(*valueForKeyPath(kRequest, "Outer/Inner"), 7);
   EXPECT_EQ(valueForKeyPath(kRequest, "Outer.Inner"), nullptr);
+  EXPECT_THAT(splitKeyPath("a/b"), ElementsAre("a", "b"));
   JSON json;
   setValueForKeyPath(json, "a/b", 1);
   EXPECT_EQ(json, JSON({{"a", {{"b", 1}}}}));

@@ -1,19 +1,18 @@
 #pragma once
 
 #include <cstdlib>
-#include <ctime>
 #include <optional>
 #include <string>
 
 namespace Vastel_Connect {
 
-/// Makes `zone` the process's default time zone for as long as it lives.
+/// Makes `zone` the process's default time zone for as long as it lives. Who reads the time has to
+/// notice.
 class InZone {
  public:
   explicit InZone(const std::string& zone) {
     if (const char* before = std::getenv("TZ")) before_ = before;
     ::setenv("TZ", zone.c_str(), 1);
-    ::tzset();
   }
   ~InZone() {
     if (before_) {
@@ -21,7 +20,6 @@ class InZone {
     } else {
       ::unsetenv("TZ");
     }
-    ::tzset();
   }
   InZone(const InZone&) = delete;
   InZone& operator=(const InZone&) = delete;
