@@ -11,7 +11,6 @@ from desktop import NAME, PROGRAM, Desktop
 from model import page_link
 from processes import log_message
 from road import RoadTestCase, messages_of
-from session import Pages
 
 COUNT = 200
 
@@ -55,7 +54,7 @@ class OpenersTest(RoadTestCase):
         pages = {name: [page_of(f"{i}/{n}") for n in range(COUNT)]
                  for i, name in enumerate(self.openers)}
         everyone = sorted(sum(pages.values(), []))
-        opened = Pages(self, self.desktop)
+        opened = self.desktop.quick_pages()
         log = self.desktop.folder + "/log"
         with open(log, "w", encoding="utf-8") as file:
             listener = self.desktop.listen("-log", streams={"stdout": file})
@@ -72,7 +71,7 @@ class OpenersTest(RoadTestCase):
         self.assertEqual(sorted(messages), sorted(messages_of(*map(link_to, everyone))))
 
     def test_no_opener_loses_a_link_that_starts_the_program(self):
-        opened = Pages(self, self.desktop)
+        opened = self.desktop.quick_pages()
         names = list(self.openers)
         for n in range(COUNT):
             self.follow(names[n % len(names)], link_to(page_of(n)))

@@ -15,7 +15,8 @@ import types
 
 from gi.repository import Gio, GLib
 
-from processes import (LIMIT, Process, adopt_orphans, children, descendants, is_program,
+from model import page_link
+from processes import (LIMIT, Lines, Process, adopt_orphans, children, descendants, is_program,
                        parse_status, wait_for_descendants, wait_for_end)
 
 NAME = "com.vastel.Connect"
@@ -29,31 +30,41 @@ with open(f"{STAGE}/share/dbus-1/services/{NAME}.service", encoding="utf-8") as 
 # The command with which the bus starts the program.
 SERVICE = re.search("^Exec=(.*)$", SERVICE_FILE, re.MULTILINE).group(1)
 HERE = os.path.dirname(os.path.abspath(__file__))
+PAGE = "https://page.test/"
 # KDE knows the applications that a menu has: all of them.
 MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN" "">
 <Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>
 """
 
 
-class Desktop:
-    """A desktop that lives as long as a test does, which fails when a process outlives it.
+class Desktop(contextlib.ExitStack):
+    """A desktop that lives as long as its context, whose end fails when a process is left running.
 
     `service` is the command with which the bus starts the program; None: the bus cannot start it.
     With a `screen` of its own, it also has what programs with windows find in the machine's folders.
     Further arguments are variables of the environment of all."""
 
-    def __init__(self, test, service=SERVICE, bus=True, screen=False, **environment):
+    def __init__(self, test=None, service=SERVICE, bus=True, screen=False, **environment):
+        super().__init__()
+        if test:
+            test.addCleanup(self.close)
         self.folder = tempfile.mkdtemp(prefix="connect-test-")
-        test.addCleanup(shutil.rmtree, self.folder)
+        self.callback(shutil.rmtree, self.folder)
+        try:
+            self._make(service, bus, screen, environment)
+        except BaseException:
+            self.close()
+            raise
+
+    def _make(self, service, bus, screen, environment):
         self._processes = []
         self._make_folders()
         self._environment = self._make_environment()
-        self._pages = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self._pages = self.enter_context(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
         self._pages.bind(self.folder + "/pages")
-        test.addCleanup(self._pages.close)
         adopt_orphans()
-        test.addCleanup(self._expect_nothing_left)
-        test.addCleanup(self._stop)
+        self.callback(self._expect_nothing_left)
+        self.callback(self._stop)
         self.install_handler()
         if service is not None:
             self.install_service(NAME, service)
@@ -130,6 +141,15 @@ class Desktop:
             process.banner()
         self.wait_for_owner(process.pid)
         return process
+
+    def start_at_once(self, links):
+        return [self.start(link) for link in links]
+
+    def listen_with_openers(self, *names, **environment):
+        """Starts the program where nothing is in PATH but openers, which report pages."""
+        for name in names or ("gio", "xdg-open"):
+            self.install_reporter("openers/" + name)
+        return self.listen("-log", PATH=self.folder + "/openers", **environment)
 
     # The bus.
 
@@ -229,6 +249,10 @@ class Desktop:
         self._write("config/mimeapps.list", "[Default Applications]\n" + "".join(
             f"x-scheme-handler/{scheme}=browser.desktop\n" for scheme in schemes))
 
+    def quick_pages(self):
+        """The pages from now on, which handlers and openers only name: that costs less."""
+        return Pages(self)
+
     def install_service(self, name, command):
         """Lets the bus, when it is started, start a program for a name."""
         self._write(f"services/{name}.service",
@@ -250,6 +274,27 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
 
     def install_script(self, path, text):
         return self._write(path, "#!/bin/sh\n" + text, 0o755)
+
+    # What several tests expect.
+
+    def expect_link(self, listener, page=PAGE):
+        """Follows a link, which the listener is to log and open."""
+        self.open(page_link(page))
+        listener.expect_log(page_link(page))
+        assert self.opened() == page
+
+    def expect_log_only(self, listener, count=1):
+        """Follows links whose page cannot be opened."""
+        self.open(*[page_link(PAGE)] * count)
+        listener.expect_log(*[page_link(PAGE)] * count)
+        # The answer comes once the links before are done with.
+        self.open()
+
+    def expect_recovery(self, listener, before, page="https://page.test/next"):
+        """The next link is opened, by a program that has kept no descriptor and no child."""
+        self.expect_link(listener, page)
+        self.wait_for_children(listener.pid)
+        assert listener.descriptors() == before
 
     # How all this is made, and taken away.
 
@@ -275,7 +320,6 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
                 "XDG_DATA_HOME": self.folder + "/data", "XDG_DATA_DIRS": STAGE + "/share",
                 "XDG_CACHE_HOME": self.folder + "/cache", "TMPDIR": self.folder + "/tmp",
                 "XDG_RUNTIME_DIR": self.folder + "/runtime"}
-
 
     def _start_screen(self):
         screen = self.spawn("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset", "-screen",
@@ -329,3 +373,28 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
         while select.select([self._pages], [], [], 0)[0]:
             pages.append(self.page().arguments)
         assert not pages, f"opened, too: {pages}"
+
+
+class Pages:
+    """What handlers and openers report through a pipe, a line each."""
+
+    def __init__(self, desktop):
+        path = desktop.folder + "/opened"
+        os.mkfifo(path)
+        self._pipe = desktop.enter_context(
+            os.fdopen(os.open(path, os.O_RDWR | os.O_NONBLOCK), "rb", buffering=0))
+        self._lines = Lines(self._pipe)
+        report = f'printf "%s\\n" "$*" > {path}\n'
+        desktop.install_handler(command=desktop.install_script("bin/quick", report) + " %u")
+        for opener in ("gio", "xdg-open"):
+            desktop.install_script("openers/" + opener, report)
+
+    def next(self):
+        return self._lines.next()
+
+    def now(self):
+        """Those that have been reported."""
+        found = []
+        while select.select([self._pipe], [], [], 0)[0] or self._lines.is_ready():
+            found.append(self._lines.next())
+        return found

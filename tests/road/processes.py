@@ -8,9 +8,13 @@ import re
 import select
 import signal
 import subprocess
-import types
+from pathlib import Path
+from typing import NamedTuple
 
-DATA = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "data")
+from model import expect
+
+ROOT = Path(__file__).resolve().parents[2]
+DATA = str(ROOT / "tests/data")
 
 # In this many seconds, whatever a test waits for has happened, however busy the machine is.
 LIMIT = int(os.environ.get("CONNECT_LIMIT", "60"))
@@ -18,6 +22,17 @@ LIMIT = int(os.environ.get("CONNECT_LIMIT", "60"))
 # Under nohup, the programs would ignore this signal as well, and so not end by it.
 if signal.getsignal(signal.SIGHUP) == signal.SIG_IGN:
     signal.signal(signal.SIGHUP, lambda *_: None)
+
+
+class Result(NamedTuple):
+    """What a process has written, as far as it went into pipes, and its exit status."""
+    output: str
+    errors: str
+    status: int
+
+
+# A process that had nothing to say and did what it should.
+SILENCE = Result("", "", 0)
 
 
 def golden(*names):
@@ -33,9 +48,14 @@ def log_message(line):
     """The message of a log line of either form."""
     if line.startswith("{"):
         return json.loads(line)["message"]
-    match = re.fullmatch(r"Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> (.*)", line)
+    match = re.fullmatch(r"Log ([01]\d|2[0-3]):[0-5]\d:[0-5]\d> (.*)", line, re.DOTALL)
     assert match, f"not a log line: {line!r}"
     return match[2]
+
+
+def messages_of(*links):
+    """The log messages of links, one link after the other."""
+    return [message for link in links for message in expect(link).messages]
 
 
 class Lines:
@@ -106,6 +126,19 @@ class Process:
         """The messages of the next log lines."""
         return [log_message(self.output.next()) for _ in range(count)]
 
+    def expect_log(self, *links):
+        """Reads the log lines of links, which must come next."""
+        for link in links:
+            for message in expect(link).messages:
+                line = self.output.next()
+                # A plain line has the line feeds of its message.
+                while line.count("\n") < message.count("\n") and not line.startswith("{"):
+                    line += "\n" + self.output.next()
+                assert log_message(line) == message
+
+    def descriptors(self):
+        return sorted(os.listdir(f"/proc/{self.pid}/fd"))
+
     def write(self, text):
         """Writes to the standard input of a process that was given a pipe for it."""
         self._process.stdin.write(text.encode())
@@ -122,9 +155,9 @@ class Process:
         return self._process.wait(LIMIT)
 
     def finish(self):
-        """Waits for the end: exit status, standard output, standard error."""
-        output, errors = (lines.rest() if lines else None for lines in (self.output, self.errors))
-        return types.SimpleNamespace(status=self.wait(), output=output, errors=errors)
+        """Waits for the end."""
+        output, errors = (lines.rest() if lines else "" for lines in (self.output, self.errors))
+        return Result(output, errors, self.wait())
 
     def end(self, number=signal.SIGTERM):
         """Asks the process to end, and waits for it as `finish` does."""

@@ -5,10 +5,10 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Desktop
+from desktop import PAGE, Desktop
 from model import expect, make_link, page_link
+from processes import messages_of
 
-PAGE = "https://page.test/"
 LINK = page_link(PAGE)
 FATAL = make_link("[]")
 
@@ -44,11 +44,6 @@ TEXTS = [
 def bulky_link(size):
     """A link of about that many characters, whose page is PAGE."""
     return page_link(PAGE, Note="x" * (size * 3 // 4))
-
-
-def messages_of(*links):
-    """The log messages of links, one link after the other."""
-    return [message for link in links for message in expect(link).messages]
 
 
 def pages(count):

@@ -5,13 +5,12 @@ import collections
 import os
 import random
 import re
-import select
 import signal
 import types
 
 from desktop import SERVICE, Desktop
 from model import expect, fatal_link, fits_command_line, random_link
-from processes import Lines, log_message, wait_for_end
+from processes import log_message, wait_for_end
 
 END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 MOST_LISTENERS = 5
@@ -19,31 +18,6 @@ MOST_LISTENERS = 5
 BEHIND_FATAL = "behind a link that ends the program"
 KILLED_UNREAD = "unread by a program that was killed, and refused to the sender"
 KILLED_ANSWERED = "answered by a program that was killed before it acted"
-
-
-class Pages:
-    """What handlers and openers report through a pipe, which costs less than a desktop's pages."""
-
-    def __init__(self, test, desktop):
-        path = desktop.folder + "/opened"
-        os.mkfifo(path)
-        self._pipe = os.fdopen(os.open(path, os.O_RDWR | os.O_NONBLOCK), "rb", buffering=0)
-        test.addCleanup(self._pipe.close)
-        self._lines = Lines(self._pipe)
-        report = f'printf "%s\\n" "$*" > {path}\n'
-        desktop.install_handler(command=desktop.install_script("bin/quick", report) + " %u")
-        for opener in ("gio", "xdg-open"):
-            desktop.install_script("openers/" + opener, report)
-
-    def next(self):
-        return self._lines.next()
-
-    def now(self):
-        """Those that have been reported."""
-        found = []
-        while select.select([self._pipe], [], [], 0)[0] or self._lines.is_ready():
-            found.append(self._lines.next())
-        return found
 
 
 def reported(page):
@@ -56,7 +30,7 @@ class Session:
         self._test = test
         self._random = random.Random(seed)
         self._desktop = Desktop(test, service=SERVICE + " -log")
-        self._pages = Pages(test, self._desktop)
+        self._pages = self._desktop.quick_pages()
         self._path = self._desktop.folder + "/openers"
         self._desktop.set_service_environment(PATH=self._path)
         # The newest is the last. `process` is None for one that the bus started.

@@ -11,7 +11,6 @@ import unittest
 from desktop import SERVICE, Desktop
 from model import page_link
 from road import BUSY
-from session import Pages
 
 TAKEN, REFUSED, UNKNOWN = "taken, and opened once", "refused, and not opened", "sender ended"
 
@@ -21,7 +20,7 @@ class Stalls:
         self._test = test
         self._random = random.Random(seed)
         self._desktop = Desktop(test, service=SERVICE + " -log")
-        self._pages = Pages(test, self._desktop)
+        self._pages = self._desktop.quick_pages()
         self._told = {}
         self._opened = collections.Counter()
 

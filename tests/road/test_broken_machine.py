@@ -13,7 +13,6 @@ from gi.repository import Gio, GLib
 from desktop import Desktop
 from model import page_link
 from road import BUSY, FATAL, LINK, PAGE, RoadTestCase, descriptors, messages_of, pages
-from session import Pages
 
 FAULTS = os.environ["CONNECT_FAULTS"]
 
@@ -59,7 +58,7 @@ class BrokenMachineTest(RoadTestCase):
 
     def test_one_failing_allocation_costs_one_link_at_most(self):
         desktop = Desktop(self)
-        opened = Pages(self, desktop)
+        opened = desktop.quick_pages()
         count = desktop.folder + "/count"
         desktop.set_service_environment(FAULTS_COUNT=count)
         self.assertEqual(self.follow(desktop, opened, 0), pages(3))
@@ -71,7 +70,7 @@ class BrokenMachineTest(RoadTestCase):
 
     def test_one_failing_allocation_of_a_sender_misleads_nobody(self):
         desktop = Desktop(self)
-        opened = Pages(self, desktop)
+        opened = desktop.quick_pages()
         listener = desktop.listen()
         count = desktop.folder + "/count"
         self.expect_silence(desktop.run(LINK, LD_PRELOAD=FAULTS, FAULTS_COUNT=count))

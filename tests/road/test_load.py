@@ -11,7 +11,6 @@ from desktop import INTERFACE, NAME, OBJECT, Desktop
 from model import make_link, page_link
 from processes import LIMIT
 from road import RoadTestCase, descriptors, messages_of
-from session import Pages
 
 SENDERS = 4
 FULL = "CONNECT_LOAD" in os.environ
@@ -81,7 +80,7 @@ class LoadTest(RoadTestCase):
     def test_pages_that_are_opened_leave_no_memory_and_no_descriptor_behind(self):
         desktop = Desktop(self)
         listener = desktop.listen()
-        opened = Pages(self, desktop)
+        opened = desktop.quick_pages()
 
         def follow(count):
             for _ in range(count):

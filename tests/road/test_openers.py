@@ -6,7 +6,6 @@ import subprocess
 from desktop import HERE, Desktop
 from model import page_link
 from road import DISPLAY, LINK, PAGE, TEXTS, RoadTestCase, bulky_link, pages
-from session import Pages
 
 COUNT = 200
 
@@ -49,7 +48,7 @@ class OpenersTest(RoadTestCase):
     def expect_none_lost(self, make_follow, cold=False):
         """`make_follow` makes, of a desktop, what follows a link and returns the exit status."""
         desktop = Desktop(self)
-        opened = Pages(self, desktop)
+        opened = desktop.quick_pages()
         follow = make_follow(desktop)
         for page in pages(COUNT):
             self.assertEqual(follow(page_link(page)), 0)
