@@ -79,9 +79,9 @@ bool isUrl(std::string_view text) {
 }
 
 std::string urlText(const std::string& url) {
-  // Scheme; user; host, which may be an address in brackets; and all that follows.
+  // Scheme; user; host, which ends at a colon that no brackets hold; and all that follows.
   static const std::regex parts(
-      R"(([A-Za-z0-9+.\-]*:)?(?:(//)([^/?#@]*@)?((?:\[[^/?#\]]*\])?[^/?#:]*))?([^]*))");
+      R"(([A-Za-z0-9+.\-]*:)?(?:(//)([^/?#@]*@)?((?:\[[^/?#\]]*\]?|[^/?#:\[])*))?([^]*))");
   std::smatch found;
   std::regex_match(url, found, parts);
   const bool opaque = found[1].matched && url.substr(found.str(1).size(), 1) != "/";
@@ -139,7 +139,7 @@ Outcome followLink(std::string_view uri) {
   const Json* page = request ? request->member("WebPage") : nullptr;
   if (page == nullptr || page->kind != Json::String) return say("no webpage to open"), outcome;
   say("webpage: " + page->text);
-  if (isUrl(page->text) && schemeLength(page->text) > 0) outcome.page = urlText(page->text);
+  if (isUrl(page->text) && schemeLength(page->text) > 0) outcome.page = page->text;
   return outcome;
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/Platform.h"
+#include "text/Split.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -14,26 +15,14 @@ void printUnusableKeyPath(std::string_view keyPath) {
 
 }  // namespace
 
-std::vector<std::string_view> splitKeyPath(std::string_view keyPath, std::string_view delimiter) {
-  std::vector<std::string_view> keys;
-  if (!delimiter.empty()) {
-    for (auto end = keyPath.find(delimiter); end != keyPath.npos; end = keyPath.find(delimiter)) {
-      keys.push_back(keyPath.substr(0, end));
-      keyPath.remove_prefix(end + delimiter.size());
-    }
-  }
-  keys.push_back(keyPath);
-  return keys;
-}
-
 const JsonValue* valueForKeyPath(const JSON& json, std::string_view keyPath,
                                  std::string_view delimiter) {
-  return valueForKeys(json, splitKeyPath(keyPath, delimiter), keyPath);
+  return valueForKeys(json, splitText(keyPath, delimiter), keyPath);
 }
 
 void setValueForKeyPath(JSON& json, std::string_view keyPath, JsonValue value,
                         std::string_view delimiter) {
-  setValueForKeys(json, splitKeyPath(keyPath, delimiter), keyPath, std::move(value));
+  setValueForKeys(json, splitText(keyPath, delimiter), keyPath, std::move(value));
 }
 
 const JsonValue* valueForKeys(const JSON& json, const std::vector<std::string_view>& keys,

@@ -12,10 +12,8 @@ namespace Vastel_Connect {
 /// it; whoever does so must be alone in using the mapping layer at that time.
 inline std::string keyPathDelimiter = ".";
 
-/// The keys of `keyPath`, at least one: "" holds one empty key, and so does the space between two
-/// adjacent delimiters. No key can hold the delimiter; an empty delimiter splits nothing.
-[[nodiscard]] std::vector<std::string_view> splitKeyPath(
-    std::string_view keyPath, std::string_view delimiter = keyPathDelimiter);
+// A key path is split as splitText does: "" has one empty key, and so has the space between two
+// delimiters. No key can hold the delimiter; an empty one splits nothing.
 
 /// The value that `keyPath` names in `json`, or null when a key is missing or a value before the
 /// last is not a dictionary. A JSON null is a value. Arrays are never indexed. The value is

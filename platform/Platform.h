@@ -30,10 +30,11 @@ void terminate();
 /// 2018-03-05T14:07:09+0100. Any thread.
 [[nodiscard]] std::string jsonLogDate();
 
-/// Opens a text that forms a URL and has a scheme with the user's default handler for that scheme,
-/// and does not wait for it. True: something was started, which says nothing about the page. False:
+/// Opens a text that forms a URL and has a scheme (text/UrlText.h), as the record has it, with the
+/// user's default handler for that scheme, and does not wait for it. The handler gets the text of
+/// the URL (urlText). True: something was started, which says nothing about the page. False:
 /// no handler could be started.
-bool openUrl(std::string_view url);
+bool openUrl(std::string_view page);
 
 /// Writes `line` and a line feed to standard output at once, in one piece. Errors are ignored. Any
 /// thread.

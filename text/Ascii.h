@@ -15,6 +15,14 @@ namespace Vastel_Connect {
   return c >= '0' && c <= '9';
 }
 
+[[nodiscard]] constexpr bool isAsciiAlphanumeric(char c) {
+  return isAsciiLetter(c) || isAsciiDigit(c);
+}
+
+[[nodiscard]] constexpr bool isAsciiHexDigit(char c) {
+  return isAsciiDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
 [[nodiscard]] constexpr char asciiLowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

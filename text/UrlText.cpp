@@ -1,29 +1,20 @@
 #include "text/UrlText.h"
 
 #include <algorithm>
-#include <array>
+#include <optional>
 
 #include "text/Ascii.h"
 
 namespace Vastel_Connect {
 namespace {
 
-constexpr std::string_view kUrlCharacters =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-    "!$&'()*+,-./:;=?@_~[]";
-
-constexpr std::array<bool, 256> kIsUrlCharacter = [] {
-  std::array<bool, 256> table{};
-  for (const char c : kUrlCharacters) table[static_cast<unsigned char>(c)] = true;
-  return table;
-}();
-
-bool isHexDigit(char c) {
-  return isAsciiDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+bool isUrlCharacter(char c) {
+  constexpr std::string_view kMarks = "!$&'()*+,-./:;=?@_~[]";
+  return isAsciiAlphanumeric(c) || kMarks.find(c) != kMarks.npos;
 }
 
 bool isSchemeCharacter(char c) {
-  return isAsciiLetter(c) || isAsciiDigit(c) || c == '+' || c == '-' || c == '.';
+  return isAsciiAlphanumeric(c) || c == '+' || c == '-' || c == '.';
 }
 
 /// Where the colon stands behind a beginning that consists of a scheme's characters, be it empty.
@@ -33,13 +24,28 @@ std::optional<std::size_t> schemeColon(std::string_view text) {
   return end - text.begin();
 }
 
-/// The host in what follows the scheme; empty without one.
-std::string_view hostOf(std::string_view text) {
-  if (!text.starts_with("//")) return {};
-  text = text.substr(2, text.find_first_of("/?#", 2) - 2);
-  text.remove_prefix(text.find('@') + 1);
-  const std::size_t address = text.starts_with('[') ? text.find(']') : 0;
-  return text.substr(0, text.find(':', address));
+/// The offsets of a host's first character and of the one behind its last.
+struct Host {
+  std::size_t begin;
+  std::size_t end;
+};
+
+/// The host in `url`, whose scheme and its ":" are the first `start` characters. Absent where no
+/// "//" follows them.
+std::optional<Host> findHost(std::string_view url, std::size_t start) {
+  if (!url.substr(start).starts_with("//")) return std::nullopt;
+  const std::size_t authority = start + 2;
+  Host host = {authority, std::min(url.find_first_of("/?#", authority), url.size())};
+  const std::size_t at = url.find('@', authority);
+  if (at < host.end) host.begin = at + 1;
+  // The host ends at a colon, but not within brackets, which may be anywhere, or never be closed.
+  bool inBrackets = false;
+  for (std::size_t i = host.begin; i < host.end; ++i) {
+    if (url[i] == '[') inBrackets = true;
+    if (url[i] == ']') inBrackets = false;
+    if (url[i] == ':' && !inBrackets) host.end = i;
+  }
+  return host;
 }
 
 }  // namespace
@@ -48,8 +54,9 @@ bool formsUrl(std::string_view text) {
   bool sawHash = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
-    if (kIsUrlCharacter[static_cast<unsigned char>(c)]) continue;
-    if (c == '%' && text.size() - i > 2 && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2])) {
+    if (isUrlCharacter(c)) continue;
+    if (c == '%' && text.size() - i > 2 && isAsciiHexDigit(text[i + 1]) &&
+        isAsciiHexDigit(text[i + 2])) {
       continue;
     }
     if (c != '#' || sawHash) return false;
@@ -58,26 +65,26 @@ bool formsUrl(std::string_view text) {
   return true;
 }
 
-std::optional<std::string> urlText(std::string_view text) {
-  if (!formsUrl(text)) return std::nullopt;
-  const auto colon = schemeColon(text);
-  const std::string_view rest = colon ? text.substr(*colon + 1) : text;
-  const bool isOpaque = colon && !rest.starts_with('/');
-  const std::string_view host = hostOf(rest);
-  std::string result;
-  result.reserve(text.size());
-  for (const char& c : text) {
-    if (c == '[' && &c != host.data()) {
-      result += "%5B";
-    } else if (c == ']' && &c + 1 != host.data() + host.size()) {
-      result += "%5D";
+std::string urlText(std::string_view url) {
+  const auto colon = schemeColon(url);
+  const std::size_t start = colon ? *colon + 1 : 0;
+  const bool isOpaque = colon && !url.substr(start).starts_with('/');
+  const auto host = findHost(url, start);
+  std::string text;
+  text.reserve(url.size());
+  for (std::size_t i = 0; i < url.size(); ++i) {
+    const char c = url[i];
+    if (c == '[' && !(host && i == host->begin)) {
+      text += "%5B";
+    } else if (c == ']' && !(host && i + 1 == host->end)) {
+      text += "%5D";
     } else if (c == '#' && isOpaque) {
-      result += "%23";
+      text += "%23";
     } else {
-      result += c;
+      text += c;
     }
   }
-  return result;
+  return text;
 }
 
 std::string_view urlScheme(std::string_view text) {

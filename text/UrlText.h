@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,11 +10,12 @@ namespace Vastel_Connect {
 /// syntax is not looked at, so "", "foo" and "/etc/passwd" do form one. The same on every host.
 [[nodiscard]] bool formsUrl(std::string_view text);
 
-/// The text of the URL that `text` forms, as NSURL's absoluteString: gave it up to macOS 13. Absent
-/// when it forms none. Where they could not be what they look like, brackets and "#" are escaped:
-/// "[" and "]" everywhere but at the beginning and the end of the host, "#" where no "/" follows
-/// the scheme. So "tel:#1" is "tel:%231", and "http://[::1]/?a[]" is "http://[::1]/?a%5B%5D".
-[[nodiscard]] std::optional<std::string> urlText(std::string_view text);
+/// The text of the URL that `url`, for which formsUrl is true, forms, as NSURL's absoluteString:
+/// gave it on macOS 10.14. Where they could not be what they look like, brackets and "#" are
+/// escaped: "[" but where the host begins, "]" but where it ends, "#" where no "/" follows the
+/// scheme. So "tel:#1" is "tel:%231", and "http://[::1]/?a[]" is "http://[::1]/?a%5B%5D". A scheme
+/// counts here whatever its first character is, as it did there.
+[[nodiscard]] std::string urlText(std::string_view url);
 
 /// The RFC 3986 scheme that `text` begins with, without its ":". Empty when there is none.
 [[nodiscard]] std::string_view urlScheme(std::string_view text);

@@ -37,9 +37,10 @@ void AppDelegate::processUri(std::string_view uri) const {
   if (!request.WebPage) return logMessage("no webpage to open");
 
   logMessage("webpage: ", *request.WebPage);
-  const auto url = urlText(*request.WebPage);
   // Without a scheme nobody can open it: an opener would take a bare word for a file or an option.
-  if (url && !urlScheme(*url).empty()) platform::openUrl(*url);
+  if (formsUrl(*request.WebPage) && !urlScheme(*request.WebPage).empty()) {
+    platform::openUrl(*request.WebPage);
+  }
 }
 
 }  // namespace Vastel_Connect

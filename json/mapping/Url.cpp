@@ -7,16 +7,16 @@
 namespace Vastel_Connect {
 namespace {
 
-constexpr std::string_view kQueryCharacters =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-    "-._~!$&'()*+,;=:@/?";
+bool isQueryCharacter(char c) {
+  constexpr std::string_view kMarks = "-._~!$&'()*+,;=:@/?";
+  return isAsciiAlphanumeric(c) || kMarks.find(c) != kMarks.npos;
+}
 
 }  // namespace
 
 std::optional<Url> Url::fromText(std::string_view text) {
-  auto url = urlText(text);
-  if (!url) return std::nullopt;
-  return Url(*std::move(url));
+  if (!formsUrl(text)) return std::nullopt;
+  return Url(urlText(text));
 }
 
 std::optional<std::string> percentEncodedForQuery(std::string_view text) {
@@ -24,7 +24,7 @@ std::optional<std::string> percentEncodedForQuery(std::string_view text) {
   std::string encoded;
   encoded.reserve(text.size());
   for (const char c : text) {
-    if (kQueryCharacters.find(c) != kQueryCharacters.npos) {
+    if (isQueryCharacter(c)) {
       encoded += c;
     } else {
       const auto byte = static_cast<unsigned char>(c);

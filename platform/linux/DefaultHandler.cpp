@@ -10,6 +10,7 @@
 #include "platform/linux/KeyFile.h"
 #include "platform/linux/MimeApps.h"
 #include "platform/linux/Spawn.h"
+#include "text/Split.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -40,7 +41,7 @@ std::optional<std::size_t> findEntry(const std::vector<MimeFolder>& folders,
 /// The words of an Exec line with `url` for its one field code; absent for a line with quotes,
 /// another field code, or a URL elsewhere than in a word of its own.
 std::optional<Texts> commandLine(std::string_view exec, std::string_view url) {
-  Texts words = splitText(exec, ' ');
+  Texts words = splitWords(exec, " ");
   int urls = 0;
   for (std::string& word : words) {
     // GIO and KDE differ in what an unquoted semicolon means.

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "text/Ascii.h"
+
 namespace Vastel_Connect {
 namespace {
 
@@ -114,19 +116,10 @@ bool KeyFile::parse() {
 }
 
 bool isPlainValue(std::string_view value) {
-  constexpr std::string_view kPlain =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789%+,-./:;=@_";
-  return value.find_first_not_of(kPlain) == value.npos;
-}
-
-std::vector<std::string> splitText(std::string_view text, char separator) {
-  std::vector<std::string> parts;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find(separator), text.size());
-    if (end > 0) parts.emplace_back(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return parts;
+  return std::all_of(value.begin(), value.end(), [](char c) {
+    constexpr std::string_view kMarks = "%+,-./:;=@_";
+    return isAsciiAlphanumeric(c) || kMarks.find(c) != kMarks.npos;
+  });
 }
 
 }  // namespace Vastel_Connect

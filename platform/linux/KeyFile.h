@@ -56,7 +56,4 @@ class KeyFile {
 /// command line.
 [[nodiscard]] bool isPlainValue(std::string_view value);
 
-/// The parts of `text` between separators, empty ones left out.
-[[nodiscard]] std::vector<std::string> splitText(std::string_view text, char separator);
-
 }  // namespace Vastel_Connect

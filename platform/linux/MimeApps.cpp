@@ -7,6 +7,7 @@
 #include "platform/linux/Environment.h"
 #include "platform/linux/KeyFile.h"
 #include "text/Ascii.h"
+#include "text/Split.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -29,7 +30,7 @@ bool appendNew(const std::string& text, Texts& list) {
 
 /// XDG_CURRENT_DESKTOP in lower case, most specific first.
 Texts currentDesktops() {
-  return splitText(asciiLowerCase(environmentText("XDG_CURRENT_DESKTOP")), ':');
+  return splitWords(asciiLowerCase(environmentText("XDG_CURRENT_DESKTOP")), ":");
 }
 
 /// Appends the applications that a key lists, without those in `except`. False when the list is not
@@ -38,7 +39,7 @@ bool appendList(const KeyFile& file, std::string_view group, const std::string& 
                 const Texts& except, Texts& list) {
   const std::string_view value = file.value(group, type).value_or("");
   if (value.size() > kListLimit || !isPlainValue(value)) return false;
-  for (const std::string& id : splitText(value, ';')) {
+  for (const std::string& id : splitWords(value, ";")) {
     if (!contains(except, id)) appendNew(id, list);
   }
   return true;
@@ -105,7 +106,7 @@ std::optional<std::vector<MimeFolder>> findMimeFolders() {
   const auto append = [&folders](const std::string& user, const std::string& system,
                                  const std::string& below, bool holdsEntries) {
     folders.push_back({user + below, holdsEntries});
-    for (const std::string& path : splitText(system, ':')) {
+    for (const std::string& path : splitWords(system, ":")) {
       folders.push_back({path + below, holdsEntries});
     }
   };

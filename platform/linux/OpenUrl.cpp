@@ -35,12 +35,13 @@ bool startOpener(const std::string& url) {
 
 }  // namespace
 
-bool openUrl(std::string_view url) {
+bool openUrl(std::string_view page) {
+  const std::string url = urlText(page);
   const std::string scheme = asciiLowerCase(urlScheme(url));
   if (const auto handler = findDefaultHandler(scheme, url)) {
     return start(handler->application, handler->program, handler->arguments);
   }
-  return startOpener(std::string(url));
+  return startOpener(url);
 }
 
 }  // namespace Vastel_Connect::platform

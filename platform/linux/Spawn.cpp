@@ -11,6 +11,7 @@
 #include <iterator>
 
 #include "platform/linux/Environment.h"
+#include "text/Split.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -80,9 +81,7 @@ std::optional<std::string> findProgram(const std::string& name) {
   if (name.starts_with('/')) return isExecutable(name) ? std::optional(name) : std::nullopt;
   const char* path = std::getenv("PATH");
   if (path == nullptr || name.empty() || name.find('/') != name.npos) return std::nullopt;
-  for (std::string_view rest = path; !rest.empty();) {
-    const std::string_view folder = rest.substr(0, rest.find(':'));
-    rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
+  for (const std::string_view folder : splitText(path, ":")) {
     if (!folder.starts_with('/')) continue;
     std::string program = std::string(folder).append("/").append(name);
     if (isExecutable(program)) return program;

@@ -126,7 +126,8 @@ def pages():
         "https://page.test/[a]", "https://[::1]/", "https://a:b@page.test:99999/;c=d?e=f/?g",
         "https://page.test/\u2028", "\u212ahttps://page.test/", "javascript:alert(1)",
         "https://page.test/?a[]=1#[b]", "https://u[1]@[::1]:80/", "https://[a]b]/", "https://]/",
-        "https://[/", "https:/[a]", "tel:#1", "a:b/c#d", "a:/b#c", "a:[#]",
+        "https://[/", "https://x[::1]/", "https://[][:]", "https://u@v@[:]:[:]?", "https:/[a]",
+        "tel:#1", "a:b/c#d", "a:/b#c", "a:[#]",
         "data:,a", page_link(PAGE), "https://page.test/" + "x" * 60_000,
     ]
     with open(f"{DATA}/nsurl.tsv", encoding="utf-8") as file:

@@ -12,7 +12,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using SplitKeyPath = testing::Test;
 using ValueForKeyPath = WithRecordingHost<testing::Test>;
 using SetValueForKeyPath = WithRecordingHost<testing::Test>;
 
@@ -22,19 +21,6 @@ const JSON kRequest = {
     {"Number", 5},         {"Null", nullptr},
     {"", "empty key"},
 };
-
-TEST_F(SplitKeyPath, GivesAtLeastOneKey) {
-  EXPECT_THAT(splitKeyPath(""), ElementsAre(""));
-  EXPECT_THAT(splitKeyPath("a"), ElementsAre("a"));
-  EXPECT_THAT(splitKeyPath("a.b"), ElementsAre("a", "b"));
-  EXPECT_THAT(splitKeyPath("a..b"), ElementsAre("a", "", "b"));
-  EXPECT_THAT(splitKeyPath("."), ElementsAre("", ""));
-}
-
-TEST_F(SplitKeyPath, TakesADelimiterOfAnyLength) {
-  EXPECT_THAT(splitKeyPath("a.b->c", "->"), ElementsAre("a.b", "c"));
-  EXPECT_THAT(splitKeyPath("a.b", ""), ElementsAre("a.b"));
-}
 
 TEST_F(ValueForKeyPath, FindsAKeyAndPrintsNothing) {
   EXPECT_EQ(*valueForKeyPath(kRequest, "ScriptType"), "CSD");
@@ -70,7 +56,6 @@ TEST_F(ValueForKeyPath, TakesTheDelimiterOfTheMomentOfTheCall) {
   keyPathDelimiter = "/";
   EXPECT_EQ(*valueForKeyPath(kRequest, "Outer/Inner"), 7);
   EXPECT_EQ(valueForKeyPath(kRequest, "Outer.Inner"), nullptr);
-  EXPECT_THAT(splitKeyPath("a/b"), ElementsAre("a", "b"));
   JSON json;
   setValueForKeyPath(json, "a/b", 1);
   EXPECT_EQ(json, JSON({{"a", {{"b", 1}}}}));

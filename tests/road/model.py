@@ -89,7 +89,7 @@ def url_text(page):
     escape = lambda text: text.replace("[", "%5B").replace("]", "%5D")
     if not re.match("[^:]*:/", page):
         return escape(page).replace("#", "%23")
-    parts = re.fullmatch(r"([^:]*://)([^/?#@]*@)?((?:\[[^]/?#]*\])?[^:/?#]*)(.*)", page)
+    parts = re.fullmatch(r"([^:]*://)([^/?#@]*@)?((?:\[[^]/?#]*\]?|[^[:/?#])*)(.*)", page)
     if not parts:
         return escape(page)
     scheme, user, host, rest = (part or "" for part in parts.groups())

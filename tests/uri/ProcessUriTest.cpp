@@ -125,10 +125,10 @@ TEST_F(ProcessUriLogging, LogsAPageWithoutASchemeAndOpensNothing) {
   }
 }
 
-TEST_F(ProcessUriLogging, OpensTheTextOfTheUrl) {
+TEST_F(ProcessUriLogging, HandsThePageOverAsItStands) {
   const std::string uri = "screenpop:eyJXZWJQYWdlIjoidGVsOiMxMjM0In0=";
   EXPECT_THAT(process(uri), ElementsAre("process uri: " + uri, "process screenpop",
-                                        "webpage: tel:#1234", "open: tel:%231234"));
+                                        "webpage: tel:#1234", "open: tel:#1234"));
 }
 
 TEST_F(ProcessUriLogging, DropsAPageThatFormsNoUrl) {
