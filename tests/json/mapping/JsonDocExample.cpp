@@ -130,7 +130,7 @@ std::vector<std::string> blocks(const std::string& text, std::string_view begin,
   std::size_t indent = 0;
   for (std::string line; std::getline(lines, line);) {
     const auto marker = line.substr(std::min(line.find_first_not_of(' '), line.size()));
-    if (!inside && marker == begin) {
+    if (!inside && marker.starts_with(begin)) {
       inside = true;
       indent = line.size() - marker.size();
       found.emplace_back();
