@@ -1,27 +1,42 @@
-"""The tables of the documents, beside what the model says that the program does."""
+"""The tables of the documents: of log lines, beside what the model says that the program does; of
+promises, beside the tests that there are."""
 
-import os
 import re
-import unittest
 
 from links import all_links
 from model import expect
+from processes import ROOT
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 # There is nothing to log about a link that does not arrive.
 NOTHING = "nothing at all"
 
 
-def first_cells(document, heading):
-    """The first column of the table with this heading, without the marks of code."""
-    with open(f"{ROOT}/docs/{document}", encoding="utf-8") as file:
-        table = re.search(rf"^\| {heading} .*\n\|[-|]+\n((?:\|.*\n)+)", file.read(), re.MULTILINE)
-    return [row.split("|")[1].strip() for row in table[1].splitlines()]
+def cells(document, heading, column):
+    """A column of the table with this heading, which is its first."""
+    table = re.search(rf"^\| {heading} .*\n\|[-|]+\n((?:\|.*\n)+)", (ROOT / document).read_text(),
+                      re.MULTILINE)
+    return [row.split("|")[column].strip() for row in table[1].splitlines()]
 
 
-class Tables(unittest.TestCase):
-    def test_each_last_log_line_stands_in_the_table(self):
-        last = {expect(link).messages[-1] for link in all_links()}
-        expected = {re.sub(": .*", ":", message, flags=re.DOTALL) for message in last}
-        cells = [re.sub("^`([^`]*)`.*", r"\1", cell) for cell in first_cells("links.md", "It ends with")]
-        self.assertEqual(set(cells), expected | {NOTHING})
+def test_each_last_log_line_stands_in_the_table():
+    last = {expect(link).messages[-1] for link in all_links()}
+    expected = {re.sub(": .*", ":", message, flags=re.DOTALL) for message in last}
+    found = {re.sub("^`([^`]*)`.*", r"\1", cell) for cell in cells("docs/links.md", "It ends with", 1)}
+    assert found == expected | {NOTHING}
+
+
+def test_each_promise_names_tests_that_there_are():
+    known = set()
+    for path in [*ROOT.glob("tests/**/*"), *ROOT.glob("fuzz/*.cpp")]:
+        if path.suffix in (".py", ".cpp"):
+            text = path.read_text()
+            known |= {path.name, *re.findall(r"^ *def (test_\w+)", text, re.MULTILINE)}
+            known |= {".".join(names) for names in re.findall(r"^TEST\w*\((\w+), (\w+)\)", text,
+                                                              re.MULTILINE)}
+    for cell in cells("SECURITY.md", "Promise", 2):
+        names = re.findall("`([^`]+)`", cell)
+        assert names, cell
+        for i, name in enumerate(names):
+            if name.startswith(".."):  # Of the same suite as the one before.
+                names[i] = names[i - 1].partition(".")[0] + name[1:]
+        assert set(names) - known == set()

@@ -22,6 +22,7 @@ from processes import (LIMIT, Lines, Process, adopt_orphans, children, descendan
 NAME = "com.vastel.Connect"
 OBJECT = "/com/vastel/Connect"
 INTERFACE = "org.freedesktop.Application"
+BUS = "org.freedesktop.DBus"
 
 STAGE = os.environ["CONNECT_STAGE"]
 PROGRAM = STAGE + "/bin/vastel-connect"
@@ -153,10 +154,13 @@ class Desktop(contextlib.ExitStack):
 
     # The bus.
 
-    def call(self, method, parameters, interface=INTERFACE):
+    def call(self, method, parameters, interface=INTERFACE, path=OBJECT, name=NAME):
         """Calls the application, which the bus starts if need be, and waits for the answer."""
-        return self.bus.call_sync(NAME, OBJECT, interface, method, parameters, None,
+        return self.bus.call_sync(name, path, interface, method, parameters, None,
                                   Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
+
+    def call_bus(self, method, parameters):
+        return self.call(method, parameters, BUS, "/org/freedesktop/DBus", BUS)
 
     def open(self, *links, **platform_data):
         """Follows links as GIO does; "_" stands for "-" in the names of platform data."""
@@ -178,17 +182,11 @@ class Desktop(contextlib.ExitStack):
 
     def set_service_environment(self, **variables):
         """Sets variables of the programs that the bus will start."""
-        self.bus.call_sync(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            "UpdateActivationEnvironment", GLib.Variant("(a{ss})", (variables,)), None,
-            Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
+        self.call_bus("UpdateActivationEnvironment", GLib.Variant("(a{ss})", (variables,)))
 
     def ask_bus(self, method, *arguments):
         signature = "(" + "".join("u" if isinstance(each, int) else "s" for each in arguments) + ")"
-        answer = self.bus.call_sync(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-            GLib.Variant(signature, arguments), None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None)
-        return answer.unpack()[0]
+        return self.call_bus(method, GLib.Variant(signature, arguments)).unpack()[0]
 
     def owner(self):
         """The process that has the application's name, if any."""
@@ -357,8 +355,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
             Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
         self._owners = []
         self.bus.signal_subscribe(
-            "org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", None, NAME,
-            Gio.DBusSignalFlags.NONE,
+            BUS, BUS, "NameOwnerChanged", None, NAME, Gio.DBusSignalFlags.NONE,
             lambda *arguments: self._owners.append(arguments[5].unpack()[2]))
 
     def _stop(self):

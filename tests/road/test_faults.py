@@ -4,178 +4,155 @@ import contextlib
 import os
 import re
 import signal
+import subprocess
 
-from desktop import PROGRAM, Desktop
-from processes import children, wait_for_end
-from road import BUSY, LINK, PAGE, RoadTestCase, bulky_link, descriptors, messages_of, pages
+import pytest
+
+from desktop import PROGRAM
+from processes import SILENCE, children, messages_of, wait_for_end
+from road import BUSY, LINK, PAGE, bulky_link, pages
+
+NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount"]
 
 
-class FaultsTest(RoadTestCase):
-    # No processes.
+def test_a_link_is_only_logged_where_no_process_can_be_started(desktop):
+    # The limit is not for root.
+    desktop.callback(os.umask, os.umask(0o022))
+    user, program = desktop.other_user()
+    listener = desktop.spawn(*user, program, "-log")
+    listener.banner()
+    desktop.wait_for_owner(listener.pid)
+    desktop.expect_link(listener)
+    before = listener.descriptors()
+    with open(f"/proc/{listener.pid}/limits", encoding="ascii") as file:
+        before_limit = re.search(r"^Max processes +(\w+)", file.read(), re.MULTILINE)[1]
 
-    def test_a_link_is_only_logged_where_no_process_can_be_started(self):
-        # The limit is not for root.
-        self.addCleanup(os.umask, os.umask(0o022))
-        desktop = Desktop(self)
-        user, program = desktop.other_user()
-        listener = desktop.spawn(*user, program, "-log")
-        listener.banner()
-        desktop.wait_for_owner(listener.pid)
-        self.expect_link(desktop, listener)
-        before = descriptors(listener.pid)
+    def limit(number):
+        assert desktop.spawn(*user, "prlimit", f"--pid={listener.pid}",
+                             f"--nproc={number}:").finish() == SILENCE
 
-        with open(f"/proc/{listener.pid}/limits", encoding="ascii") as file:
-            before_limit = re.search(r"^Max processes +(\w+)", file.read(), re.MULTILINE)[1]
+    limit(1)
+    desktop.expect_log_only(listener, 5)
+    limit(before_limit)
+    desktop.expect_recovery(listener, before)
 
-        def limit(number):
-            self.expect_silence(desktop.spawn(*user, "prlimit", f"--pid={listener.pid}",
-                                              f"--nproc={number}:").finish())
 
-        limit(1)
-        for _ in range(5):
-            self.expect_log_only(desktop, listener)
-        limit(before_limit)
-        self.expect_recovery(desktop, listener, before)
+# The handler.
 
-    # The handler.
 
-    def expect_recovery_from_handler(self, script, count=20):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        self.expect_link(desktop, listener)
-        before = descriptors(listener.pid)
-        desktop.install_handler(command=desktop.install_script("bin/broken", script) + " %u")
-        self.expect_log_only(desktop, listener, count)
-        desktop.install_handler()
-        self.expect_link(desktop, listener)
-        return desktop, listener, before
-
-    def test_a_handler_that_crashes_harms_nothing(self):
-        desktop, listener, before = self.expect_recovery_from_handler("kill -SEGV $$\n")
-        self.expect_recovery(desktop, listener, before)
-
-    def test_a_handler_that_fails_harms_nothing(self):
-        desktop, listener, before = self.expect_recovery_from_handler("exit 1\n")
-        self.expect_recovery(desktop, listener, before)
-
-    def test_a_handler_that_never_ends_harms_nothing(self):
-        desktop, listener, before = self.expect_recovery_from_handler("kill -STOP $$\n", count=5)
-        self.assertEqual(descriptors(listener.pid), before)
+@pytest.mark.parametrize("script, count", [
+    ("kill -SEGV $$\n", 20), ("exit 1\n", 20), ("kill -STOP $$\n", 5)],
+    ids=["crashes", "fails", "never ends"])
+def test_a_broken_handler_harms_nothing(desktop, listener, script, count):
+    desktop.expect_link(listener)
+    before = listener.descriptors()
+    desktop.install_handler(command=desktop.install_script("bin/broken", script) + " %u")
+    desktop.expect_log_only(listener, count)
+    desktop.install_handler()
+    desktop.expect_link(listener)
+    assert listener.descriptors() == before
+    if "STOP" in script:
         while found := children(listener.pid):
             for pid in found:
                 with contextlib.suppress(ProcessLookupError):  # The one that opened may have ended.
                     os.kill(pid, signal.SIGKILL)
             wait_for_end(found[0])
-        self.expect_recovery(desktop, listener, before)
+    desktop.expect_recovery(listener, before)
 
-    def test_a_handler_that_is_missing_harms_nothing(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log", PATH="/nowhere")
-        self.expect_link(desktop, listener)
-        before = descriptors(listener.pid)
-        for command in ("/nowhere/browser %u", "nowhere %u", "/etc/passwd %u", "/tmp %u", "%u", ""):
-            with self.subTest(command=command):
-                desktop.install_handler(command=command or " ")
-                self.expect_log_only(desktop, listener)
-                desktop.install_handler()
-                self.expect_recovery(desktop, listener, before)
 
-    # The reader of the log.
+def test_a_handler_that_is_missing_harms_nothing(desktop):
+    listener = desktop.listen("-log", PATH="/nowhere")
+    desktop.expect_link(listener)
+    before = listener.descriptors()
+    for command in ("/nowhere/browser %u", "nowhere %u", "/etc/passwd %u", "/tmp %u", "%u", " "):
+        desktop.install_handler(command=command)
+        desktop.expect_log_only(listener)
+        desktop.install_handler()
+        desktop.expect_recovery(listener, before)
 
-    def listen_and_stick(self, desktop):
-        """Starts a program, and follows a link whose log lines its reader does not take."""
+
+# The reader of the log.
+
+
+STUCK = bulky_link(100_000)
+
+
+@pytest.fixture
+def stuck(desktop, listener):
+    """A program that waits for the reader of its log, and a process that hands a link over to it. The
+    process has waited for the two seconds that the library would have given it."""
+    desktop.open(STUCK)
+    follower = desktop.start(LINK, SYSTEMD_BUS_TIMEOUT="2s")
+    assert follower.errors.next() == BUSY
+    return follower
+
+
+def test_a_link_waits_for_a_program_whose_log_reader_is_stuck(desktop, listener, stuck):
+    listener.expect_log(STUCK, LINK)
+    assert stuck.finish() == SILENCE
+    assert desktop.opened_all(2) == [PAGE, PAGE]
+
+
+def test_a_link_that_waits_for_a_program_which_is_killed_goes_to_the_next(desktop, listener, stuck):
+    listener.send(signal.SIGKILL)
+    assert stuck.finish() == SILENCE
+    assert desktop.opened() == PAGE
+
+
+def test_a_link_whose_sender_is_ended_while_it_waits_is_opened_once(desktop, listener, stuck):
+    assert stuck.end() == ("", "", -signal.SIGTERM)
+    listener.expect_log(STUCK, LINK)
+    assert desktop.opened_all(2) == [PAGE, PAGE]
+
+
+def test_a_link_that_waits_when_the_bus_ends_is_opened_once_at_most(desktop, listener, stuck):
+    desktop.kill_bus()
+    assert stuck.finish() == (
+        "", "vastel-connect: the session bus is gone: the link may have been opened, or not\n", 1)
+    listener.expect_log(STUCK)
+    output, _, status = listener.finish()
+    assert status == 1
+    # Whether the program still reads it is for the bus' library, but nobody else opens it.
+    count = 1 + output.count("> webpage: ")
+    assert desktop.opened_all(count) == [PAGE] * count
+
+
+# The bus, and the zone.
+
+
+def test_a_bus_that_is_started_again_starts_the_program_again(desktop):
+    for page in pages(3):
         listener = desktop.listen("-log")
-        link = bulky_link(100_000)
-        desktop.open(link)
-        return listener, link
-
-    def follow_busy(self, desktop, link):
-        """Follows a link, for which the library has two seconds, and waits until it is busy."""
-        follower = desktop.start(link, SYSTEMD_BUS_TIMEOUT="2s")
-        self.assertEqual(follower.errors.next(), BUSY)
-        return follower
-
-    def test_a_link_waits_for_a_program_whose_log_reader_is_stuck(self):
-        desktop = Desktop(self)
-        listener, stuck = self.listen_and_stick(desktop)
-        follower = self.follow_busy(desktop, LINK)
-        self.expect_messages(listener, stuck, LINK)
-        self.expect_silence(follower.finish())
-        self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
-
-    def test_a_link_that_waits_for_a_program_which_is_killed_goes_to_the_next(self):
-        desktop = Desktop(self)
-        listener, _ = self.listen_and_stick(desktop)
-        follower = self.follow_busy(desktop, LINK)
-        listener.send(signal.SIGKILL)
-        self.expect_silence(follower.finish())
-        self.assertEqual(desktop.opened(), PAGE)
-
-    def test_a_link_whose_sender_is_ended_while_it_waits_is_opened_once(self):
-        desktop = Desktop(self)
-        listener, stuck = self.listen_and_stick(desktop)
-        follower = self.follow_busy(desktop, LINK)
-        result = follower.end()
-        self.assertEqual((result.errors, result.status), ("", -signal.SIGTERM))
-        self.expect_messages(listener, stuck, LINK)
-        self.assertEqual(desktop.opened_all(2), [PAGE, PAGE])
-
-    def test_a_link_that_waits_when_the_bus_ends_is_opened_once_at_most(self):
-        desktop = Desktop(self)
-        listener, stuck = self.listen_and_stick(desktop)
-        follower = self.follow_busy(desktop, LINK)
+        desktop.expect_link(listener, page)
         desktop.kill_bus()
-        result = follower.finish()
-        self.assertEqual((result.errors, result.status), (
-            "vastel-connect: the session bus is gone: the link may have been opened, or not\n", 1))
-        self.expect_messages(listener, stuck)
-        log = listener.finish()
-        # Whether the program still reads it is for the bus' library, but nobody else opens it.
-        count = 1 + log.output.count("> webpage: ")
-        self.assertEqual(desktop.opened_all(count), [PAGE] * count)
-        self.assertEqual(log.status, 1)
+        assert listener.finish().status == 1
+        desktop.start_bus()
+        desktop.open(LINK)
+        assert desktop.opened() == PAGE
 
-    # The bus.
 
-    def test_a_bus_that_is_started_again_starts_the_program_again(self):
-        desktop = Desktop(self)
-        for page in pages(3):
-            listener = desktop.listen("-log")
-            self.expect_link(desktop, listener, page)
-            desktop.kill_bus()
-            self.assertEqual(listener.finish().status, 1)
-            desktop.start_bus()
-            desktop.open(LINK)
-            self.assertEqual(desktop.opened(), PAGE)
+def test_the_log_follows_a_change_of_the_users_zone(new_desktop):
+    if subprocess.run([*NAMESPACES, "true"], check=False).returncode != 0:
+        pytest.skip("namespaces are refused")
+    desktop = new_desktop(TZ=None)
+    zone = desktop.folder + "/localtime"
 
-    # The zone.
+    def move_to(name, seconds):
+        with open("/usr/share/zoneinfo/" + name, "rb") as source, open(zone, "wb") as target:
+            target.write(source.read())
+        # A zone that was changed within a second is not noticed.
+        os.utime(zone, (seconds, seconds))
 
-    def test_the_log_follows_a_change_of_the_users_zone(self):
-        desktop = Desktop(self, TZ=None)
-        namespaces = ["unshare", "--user", "--map-root-user", "--mount"]
-        if desktop.spawn(*namespaces, "true").finish().status != 0:
-            self.skipTest("namespaces are refused")
-        zone = desktop.folder + "/localtime"
-
-        def move_to(name, seconds):
-            with open("/usr/share/zoneinfo/" + name, "rb") as source, open(zone, "wb") as target:
-                target.write(source.read())
-            # A zone that was changed within a second is not noticed.
-            os.utime(zone, (seconds, seconds))
-
-        move_to("Asia/Kathmandu", 0)
-        listener = desktop.spawn(*namespaces, "/bin/sh", "-c",
-                                 f'mount --bind {zone} /etc/localtime && exec "$0" -jsonlog',
-                                 PROGRAM)
-        listener.banner()
-        desktop.wait_for_owner(listener.pid)
-        zones = (("Asia/Kathmandu", "+0545"), ("America/Caracas", "-0400"), ("Etc/UTC", "+0000"),
-                 ("Asia/Kathmandu", "+0545"))
-        for second, (name, offset) in enumerate(zones, 1):
-            move_to(name, second)
-            desktop.open(LINK)
-            for message in messages_of(LINK):
-                line = listener.output.next()
-                self.assertIn(offset + '","event"', line)
-                self.assertIn(message.partition(":")[0], line)
-            self.assertEqual(desktop.opened(), PAGE)
+    move_to("Asia/Kathmandu", 0)
+    listener = desktop.spawn(*NAMESPACES, "/bin/sh", "-c",
+                             f'mount --bind {zone} /etc/localtime && exec "$0" -jsonlog', PROGRAM)
+    listener.banner()
+    desktop.wait_for_owner(listener.pid)
+    for second, (name, offset) in enumerate([
+            ("Asia/Kathmandu", "+0545"), ("America/Caracas", "-0400"), ("Etc/UTC", "+0000"),
+            ("Asia/Kathmandu", "+0545")], 1):
+        move_to(name, second)
+        desktop.open(LINK)
+        for _ in messages_of(LINK):
+            assert offset + '","event"' in listener.output.next()
+        assert desktop.opened() == PAGE

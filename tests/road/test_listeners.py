@@ -2,278 +2,226 @@
 
 import signal
 
+import pytest
 from gi.repository import Gio
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
+from desktop import INTERFACE, NAME, OBJECT, SERVICE
 from model import page_link
-from processes import golden, status_of
-from road import (FATAL, LINK, PAGE, RoadTestCase, bulky_link, messages_of,
-                  pages)
+from processes import SILENCE, golden, log_message, messages_of, status_of
+from road import FATAL, LINK, PAGE, bulky_link, pages
+
+DO_NOT_QUEUE = 4
+ERROR = "org.freedesktop.DBus.Error."
 
 
-class ListenersTest(RoadTestCase):
-    # Who takes the links.
+def test_the_newest_start_takes_the_links_and_gives_them_back(desktop):
+    listeners = []
+    for _ in range(5):
+        listeners.append(desktop.listen("-log"))
+        desktop.expect_link(listeners[-1])
+    while listeners:
+        newest = listeners.pop()
+        desktop.wait_for_owner(newest.pid)
+        desktop.expect_link(newest)
+        assert newest.end(signal.SIGINT) == SILENCE
 
-    def test_the_newest_start_takes_the_links_and_gives_them_back(self):
-        desktop = Desktop(self)
-        listeners = []
-        for _ in range(5):
-            listeners.append(desktop.listen("-log"))
-            self.expect_link(desktop, listeners[-1])
-        while listeners:
-            newest = listeners.pop()
-            desktop.wait_for_owner(newest.pid)
-            self.expect_link(desktop, newest)
-            self.expect_silence(newest.end())
 
-    def expect_take_over(self, desktop, first, lines):
-        """Another start takes the links, which the first program, that writes `lines`, has again."""
-        second = desktop.listen("-log")
-        self.expect_link(desktop, second)
-        self.expect_silence(second.end(signal.SIGINT))
-        desktop.wait_for_owner(first)
-        self.expect_link(desktop, lines)
-
-    def test_a_program_that_the_bus_started_has_the_links_again(self):
-        desktop = Desktop(self, service=SERVICE + " -log")
+@pytest.mark.parametrize("service", [SERVICE + " -log", None])
+def test_a_program_that_a_link_started_has_the_links_again(new_desktop, service):
+    desktop = new_desktop(service=service)
+    if service:
+        first = desktop.daemon  # What the bus starts writes where the bus does.
         desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        desktop.daemon.banner()
-        self.expect_take_over(desktop, desktop.owner(), desktop.daemon)
-
-    def test_a_program_that_was_started_by_a_link_has_the_links_again(self):
-        desktop = Desktop(self, service=None)
+    else:
         first = desktop.start("-log", LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        first.banner()
-        desktop.wait_for_owner(first.pid)
-        self.expect_take_over(desktop, first.pid, first)
+    assert desktop.opened() == PAGE
+    first.banner()
+    desktop.wait_until(desktop.owner)
+    pid = desktop.owner()
+    second = desktop.listen("-log")
+    desktop.expect_link(second)
+    assert second.end() == SILENCE
+    desktop.wait_for_owner(pid)
+    desktop.expect_link(first)
 
-    def test_a_link_during_the_take_over_is_opened_once(self):
-        desktop = Desktop(self)
-        desktop.listen()
-        for page in pages(10):
-            second = desktop.start()
-            follower = desktop.start(page_link(page))
-            self.expect_silence(follower.finish())
-            self.assertEqual(desktop.opened(), page)
-            second.end()
 
-    def own_name(self, desktop):
-        DO_NOT_QUEUE = 4
-        self.assertEqual(desktop.ask_bus("RequestName", NAME, DO_NOT_QUEUE), 1)
+def test_a_link_during_the_take_over_is_opened_once(desktop):
+    desktop.listen()
+    for page in pages(10):
+        second = desktop.start()
+        follower = desktop.start(page_link(page))
+        assert follower.finish() == SILENCE
+        assert desktop.opened() == page
+        second.end()
 
-    def test_a_foreign_owner_that_takes_no_links_is_reported(self):
-        desktop = Desktop(self)
-        self.own_name(desktop)
-        result = desktop.run(LINK)
-        self.assertRegex(result.errors, r"\Avastel-connect: the link was refused: [^\n]+\n\Z")
-        self.assertEqual((result.output, result.status), ("", 1))
 
-    def refuse_open(self, desktop, error, on_call):
-        """Takes the name for this process, which answers each Open with an error of this name after
-        `on_call`. The result takes the object away again."""
-        def answer(*arguments):
-            on_call()
-            arguments[-1].return_dbus_error(error, "as the test has it")
+# Another program has the name.
 
-        interface = Gio.DBusNodeInfo.new_for_xml(f"""<node><interface name="{INTERFACE}">
-            <method name="Open"><arg type="as" direction="in"/><arg type="a{{sv}}" direction="in"/>
-            </method></interface></node>""").interfaces[0]
-        number = desktop.bus.register_object(OBJECT, interface, answer, None, None)
-        self.own_name(desktop)
-        return lambda: desktop.bus.unregister_object(number)
 
-    def follow_where_open_is_refused(self, desktop, error):
-        """Follows a link while this process has the name, which it gives back when it answers the
-        call with an error of this name."""
-        unregister = self.refuse_open(desktop, error,
-                                      lambda: desktop.ask_bus("ReleaseName", NAME))
-        owners = len(desktop.names_seen())
-        follower = desktop.start(LINK)
-        desktop.wait_until(lambda: len(desktop.names_seen()) > owners)
-        unregister()
-        return follower
+def test_a_program_that_took_the_name_first_keeps_it_from_a_start_and_is_named(desktop):
+    assert desktop.ask_bus("RequestName", NAME, DO_NOT_QUEUE) == 1
+    process = desktop.start("-log")
+    process.banner()
+    assert process.errors.next() == (
+        f"vastel-connect: {NAME} belongs to another program: links arrive when it ends")
+    output, errors, status = desktop.run(LINK)
+    assert errors.startswith("vastel-connect: the link was refused: ") and errors.count("\n") == 1
+    assert (output, status) == ("", 1)
+    desktop.ask_bus("ReleaseName", NAME)
+    desktop.wait_for_owner(process.pid)
+    desktop.expect_link(process)
+    assert process.end() == SILENCE
 
-    def test_an_owner_that_never_takes_a_link_is_not_asked_for_ever(self):
-        desktop = Desktop(self)
-        for error, reason in (("NoReply", "the application ends before it answers"),
-                              ("ServiceUnknown", f"{NAME} changes hands all the time")):
-            with self.subTest(error=error):
-                calls = []
-                unregister = self.refuse_open(desktop, "org.freedesktop.DBus.Error." + error,
-                                              lambda: calls.append(None))
-                follower = desktop.start(LINK)
-                desktop.wait_until(lambda: len(calls) == 100)
-                result = follower.finish()
-                unregister()
-                desktop.ask_bus("ReleaseName", NAME)
-                self.assertEqual(result.errors, f"vastel-connect: the link was not taken: {reason}\n")
-                self.assertEqual((result.output, result.status), ("", 1))
 
-    def test_an_error_that_says_nobody_is_there_makes_the_application_of_a_link(self):
-        desktop = Desktop(self, service=None)
-        for error in ("org.freedesktop.DBus.Error.ServiceUnknown",
-                      "org.freedesktop.DBus.Error.NameHasNoOwner",
-                      "org.freedesktop.DBus.Error.TimedOut",
-                      "org.freedesktop.DBus.Error.Spawn.ChildExited",
-                      "org.freedesktop.systemd1.LoadFailed"):
-            with self.subTest(error=error):
-                follower = self.follow_where_open_is_refused(desktop, error)
-                self.assertEqual(desktop.opened(), PAGE)
-                follower.banner()
-                desktop.wait_for_owner(follower.pid)
-                self.expect_silence(follower.end())
+def refuse_open(desktop, error, on_call):
+    """Takes the name for this process, which answers each Open with an error of this name after
+    `on_call`. The result takes the object away again."""
+    def answer(*arguments):
+        on_call()
+        arguments[-1].return_dbus_error(error, "as the test has it")
 
-    def test_any_other_error_refuses_a_link(self):
-        desktop = Desktop(self, service=None)
-        for error in ("org.freedesktop.DBus.Error.Failed", "org.freedesktop.DBus.Error.Spawn",
-                      "org.freedesktop.DBus.Error.AccessDenied", "org.freedesktop.systemd",
-                      "org.freedesktop.DBus.Error.LimitsExceeded",
-                      "x.org.freedesktop.systemd1.LoadFailed"):
-            with self.subTest(error=error):
-                result = self.follow_where_open_is_refused(desktop, error).finish()
-                self.assertEqual(result.errors,
-                                 "vastel-connect: the link was refused: as the test has it\n")
-                self.assertEqual((result.output, result.status), ("", 1))
+    interface = Gio.DBusNodeInfo.new_for_xml(f"""<node><interface name="{INTERFACE}">
+        <method name="Open"><arg type="as" direction="in"/><arg type="a{{sv}}" direction="in"/>
+        </method></interface></node>""").interfaces[0]
+    number = desktop.bus.register_object(OBJECT, interface, answer, None, None)
+    assert desktop.ask_bus("RequestName", NAME, DO_NOT_QUEUE) == 1
+    return lambda: desktop.bus.unregister_object(number)
 
-    def test_a_start_waits_behind_a_foreign_owner(self):
-        desktop = Desktop(self)
-        self.own_name(desktop)
-        process = desktop.start("-log")
-        process.banner()
-        self.assertEqual(process.errors.next(), f"vastel-connect: {NAME} belongs to another "
-                                                "program: links arrive when it ends")
-        desktop.ask_bus("ReleaseName", NAME)
-        desktop.wait_for_owner(process.pid)
-        self.expect_link(desktop, process)
-        self.expect_silence(process.end())
 
-    # The link that ends the program.
+def follow_where_open_is_refused(desktop, error):
+    """Follows a link while this process has the name, which it gives back when it answers the call
+    with an error of this name."""
+    unregister = refuse_open(desktop, error, lambda: desktop.ask_bus("ReleaseName", NAME))
+    owners = len(desktop.names_seen())
+    follower = desktop.start(LINK)
+    desktop.wait_until(lambda: len(desktop.names_seen()) > owners)
+    unregister()
+    return follower
 
-    def test_an_array_ends_the_program_and_is_no_error_for_its_sender(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        desktop.open(FATAL)
-        result = listener.finish()
-        self.assertEqual((result.status, result.errors), (70, ""))
-        self.assertEqual([line[len("Log 00:00:00> "):] for line in result.output.splitlines()],
-                         messages_of(FATAL))
-        desktop.wait_for_owner(None)
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
 
-    def test_an_array_leaves_the_links_to_the_other_program(self):
-        desktop = Desktop(self)
-        first = desktop.listen("-log")
-        second = desktop.listen("-log")
-        desktop.open(FATAL)
-        self.assertEqual(second.finish().status, 70)
-        desktop.wait_for_owner(first.pid)
-        self.expect_link(desktop, first)
+@pytest.mark.parametrize("error, reason", [
+    ("NoReply", "the application ends before it answers"),
+    ("ServiceUnknown", f"{NAME} changes hands all the time")])
+def test_an_owner_that_never_takes_a_link_is_not_asked_for_ever(desktop, error, reason):
+    calls = []
+    refuse_open(desktop, ERROR + error, lambda: calls.append(None))
+    follower = desktop.start(LINK)
+    desktop.wait_until(lambda: len(calls) == 100)
+    assert follower.finish() == ("", f"vastel-connect: the link was not taken: {reason}\n", 1)
 
-    def test_an_array_ends_a_program_that_it_starts(self):
-        desktop = Desktop(self)
-        desktop.open(FATAL)
-        desktop.wait_for_owner(None)
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
 
-    def test_an_array_on_the_command_line_ends_the_program_that_it_becomes(self):
-        desktop = Desktop(self, service=None)
-        result = desktop.run("-log", FATAL)
-        self.assertEqual((result.output, result.errors, result.status), ("", "", 70))
+def test_an_error_that_says_nobody_is_there_makes_the_application_of_a_link(new_desktop):
+    desktop = new_desktop(service=None)
+    for error in (ERROR + "ServiceUnknown", ERROR + "NameHasNoOwner", ERROR + "TimedOut",
+                  ERROR + "Spawn.ChildExited", "org.freedesktop.systemd1.LoadFailed"):
+        follower = follow_where_open_is_refused(desktop, error)
+        assert desktop.opened() == PAGE
+        follower.banner()
+        desktop.wait_for_owner(follower.pid)
+        assert follower.end() == SILENCE
 
-    def test_twenty_arrays_in_turn_are_no_error_for_their_senders(self):
-        desktop = Desktop(self)
-        for _ in range(20):
-            self.expect_silence(desktop.run(FATAL))
-        desktop.wait_for_owner(None)
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
 
-    def test_twenty_arrays_at_once_are_no_error_for_their_senders(self):
-        desktop = Desktop(self)
-        for process in self.start_at_once(desktop, [FATAL] * 20):
-            self.expect_silence(process.finish())
-        desktop.wait_for_owner(None)
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
+def test_any_other_error_refuses_a_link(new_desktop):
+    desktop = new_desktop(service=None)
+    for error in (ERROR + "Failed", ERROR + "Spawn", ERROR + "AccessDenied",
+                  ERROR + "LimitsExceeded", "org.freedesktop.systemd",
+                  "x.org.freedesktop.systemd1.LoadFailed"):
+        assert follow_where_open_is_refused(desktop, error).finish() == (
+            "", "vastel-connect: the link was refused: as the test has it\n", 1)
 
-    def test_links_among_twenty_arrays_are_opened_once_each(self):
-        desktop = Desktop(self)
-        links = [link for page in pages(5) for link in [FATAL] * 4 + [page_link(page)]]
-        for process in self.start_at_once(desktop, links):
-            self.expect_silence(process.finish())
-        self.assertEqual(desktop.opened_all(5), pages(5))
 
-    # The end of the bus, and of the program.
+# The link that ends the program.
 
-    def test_the_end_of_the_bus_ends_the_program(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        self.expect_link(desktop, listener)
-        desktop.kill_bus()
-        result = listener.finish()
-        self.assertEqual((result.output, result.errors, result.status),
-                         ("", "vastel-connect: the session bus is gone\n", 1))
 
-    def test_a_signal_comes_before_an_end_of_the_bus(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        listener.send(signal.SIGSTOP)
-        desktop.kill_bus()
-        listener.send(signal.SIGTERM)
-        listener.send(signal.SIGCONT)
-        self.expect_silence(listener.finish())
+def test_an_array_ends_the_program_and_leaves_the_links_to_the_other(desktop, listener):
+    second = desktop.listen("-log")
+    desktop.open(FATAL)
+    output, errors, status = second.finish()
+    assert (errors, status) == ("", 70)
+    assert [log_message(line) for line in output.splitlines()] == messages_of(FATAL)
+    desktop.wait_for_owner(listener.pid)
+    desktop.expect_link(listener)
 
-    def test_the_end_of_the_bus_ends_a_program_that_it_has_just_started(self):
-        desktop = Desktop(self)
-        desktop.ask_bus("StartServiceByName", NAME, 0)
-        desktop.kill_bus()
-        self.assertEqual(desktop.daemon.output.rest(), golden("banner"))
 
-    def test_a_link_that_arrived_before_the_end_is_opened(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        listener.send(signal.SIGSTOP)
-        answers = []
-        desktop.call_open([LINK], answers)
-        # Once this is answered, the bus has passed the call on.
-        desktop.ask_bus("GetId")
-        listener.send(signal.SIGTERM)
-        listener.send(signal.SIGCONT)
-        self.expect_messages(listener, LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        desktop.wait_until(lambda: answers)
-        self.assertEqual(answers, [None])
-        self.expect_silence(listener.finish())
+def test_an_array_ends_a_program_that_it_starts(desktop):
+    desktop.open(FATAL)
+    desktop.wait_for_owner(None)
+    desktop.open(LINK)
+    assert desktop.opened() == PAGE
 
-    def test_a_signal_comes_before_a_link_that_arrived_with_it(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        listener.send(signal.SIGSTOP)
-        answers = []
-        # Nobody takes their log lines: acted upon first, they would keep the signal waiting.
-        for _ in range(2):
-            desktop.call_open([bulky_link(100_000)], answers)
-        desktop.ask_bus("GetId")
-        listener.send(signal.SIGTERM)
-        listener.send(signal.SIGCONT)
-        self.assertEqual(listener.wait(), 0)
-        self.assertEqual(desktop.opened_all(2), [PAGE] * 2)
 
-    # At rest.
+def test_an_array_on_the_command_line_ends_the_program_that_it_becomes(new_desktop):
+    assert new_desktop(service=None).run("-log", FATAL) == ("", "", 70)
 
-    def test_the_program_rests_in_one_thread(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        self.expect_link(desktop, listener)
-        switches = lambda: int(status_of(listener.pid)["voluntary_ctxt_switches"])
-        before = switches()
-        # Something else for a while, that the program has no part in.
-        for _ in range(20):
-            self.assertEqual(desktop.run("-help").output, golden("banner", "usage"))
-        # At most it had still to lie down.
-        self.assertLessEqual(switches() - before, 1)
-        self.assertEqual(status_of(listener.pid)["Threads"], "1")
+
+def test_arrays_are_no_error_for_their_senders_and_links_among_them_are_opened_once(desktop):
+    for _ in range(20):
+        assert desktop.run(FATAL) == SILENCE
+    links = [link for page in pages(5) for link in [FATAL] * 4 + [page_link(page)]]
+    for process in desktop.start_at_once(links):
+        assert process.finish() == SILENCE
+    assert desktop.opened_all(5) == pages(5)
+
+
+# The end of the bus, and of the program.
+
+
+def test_the_end_of_the_bus_ends_the_program(desktop, listener):
+    desktop.expect_link(listener)
+    desktop.kill_bus()
+    assert listener.finish() == ("", "vastel-connect: the session bus is gone\n", 1)
+
+
+def test_a_signal_comes_before_an_end_of_the_bus(desktop, listener):
+    listener.send(signal.SIGSTOP)
+    desktop.kill_bus()
+    listener.send(signal.SIGTERM)
+    listener.send(signal.SIGCONT)
+    assert listener.finish() == SILENCE
+
+
+def test_the_end_of_the_bus_ends_a_program_that_it_has_just_started(desktop):
+    desktop.ask_bus("StartServiceByName", NAME, 0)
+    desktop.kill_bus()
+    assert desktop.daemon.output.rest() == golden("banner")
+
+
+def open_before_the_end(desktop, listener, *links):
+    """Follows links by a call each, which arrive together with the signal to end."""
+    listener.send(signal.SIGSTOP)
+    answers = []
+    for link in links:
+        desktop.call_open([link], answers)
+    # Once this is answered, the bus has passed the calls on.
+    desktop.ask_bus("GetId")
+    listener.send(signal.SIGTERM)
+    listener.send(signal.SIGCONT)
+    return answers
+
+
+def test_a_link_that_arrived_before_the_end_is_opened(desktop, listener):
+    answers = open_before_the_end(desktop, listener, LINK)
+    listener.expect_log(LINK)
+    assert desktop.opened() == PAGE
+    desktop.wait_until(lambda: answers)
+    assert answers == [None]
+    assert listener.finish() == SILENCE
+
+
+def test_a_signal_comes_before_a_link_that_arrived_with_it(desktop, listener):
+    # Nobody takes their log lines: acted upon first, they would keep the signal waiting.
+    open_before_the_end(desktop, listener, *[bulky_link(100_000)] * 2)
+    assert listener.wait() == 0
+    assert desktop.opened_all(2) == [PAGE] * 2
+
+
+def test_the_program_rests_in_one_thread(desktop, listener):
+    desktop.expect_link(listener)
+    switches = lambda: int(status_of(listener.pid)["voluntary_ctxt_switches"])
+    before = switches()
+    # Something else for a while, that the program has no part in.
+    for _ in range(20):
+        assert desktop.run("-help").output == golden("banner", "usage")
+    # At most it had still to lie down.
+    assert switches() - before <= 1
+    assert status_of(listener.pid)["Threads"] == "1"

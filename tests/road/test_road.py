@@ -1,190 +1,179 @@
 """The road of a link: from whoever follows it, over the session bus or a command line, to the page
 in its default handler."""
 
-
+import pytest
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE, Desktop
+from desktop import INTERFACE, NAME, OBJECT, SERVICE
 from model import page_link
-from processes import status_of
-from road import LINK, PAGE, RoadTestCase, pages
+from processes import SILENCE, status_of
+from road import LINK, PAGE, pages
+
+OPEN = GLib.Variant("(asa{sv})", ([LINK], {}))
+NOTHING = GLib.Variant("(a{sv})", ({},))
 
 
-class RoadTest(RoadTestCase):
-    # Over the bus.
+@pytest.fixture
+def logged(new_desktop):
+    """A desktop on which the bus starts the program with -log."""
+    return new_desktop(service=SERVICE + " -log")
 
-    def test_open_cold_starts_the_program_and_opens_the_page(self):
-        desktop = Desktop(self)
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        self.assertEqual(status_of(desktop.owner())["Name"], "vastel-connect")
 
-    def test_open_cold_logs_only_the_links_after_the_first(self):
-        desktop = Desktop(self, service=SERVICE + " -log")
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        # What the bus starts writes where the bus does.
-        desktop.daemon.banner()
-        self.expect_link(desktop, desktop.daemon, "https://page.test/second")
+# Over the bus.
 
-    def test_open_warm_logs_and_opens_the_page(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        for page in pages(3):
-            self.expect_link(desktop, listener, page)
 
-    def test_open_takes_several_links_in_their_order(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        links = [page_link(page) for page in pages(5)]
-        desktop.open(*links)
-        self.expect_messages(listener, *links)
-        self.assertEqual(desktop.opened_all(5), pages(5))
+def test_open_cold_starts_the_program_and_opens_the_page(desktop):
+    desktop.open(LINK)
+    assert desktop.opened() == PAGE
+    assert status_of(desktop.owner())["Name"] == "vastel-connect"
 
-    def test_open_cold_takes_several_links(self):
-        desktop = Desktop(self)
-        desktop.open(*map(page_link, pages(5)))
-        self.assertEqual(desktop.opened_all(5), pages(5))
 
-    def test_open_may_carry_no_link(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        desktop.open()
-        self.expect_link(desktop, listener)
+def test_open_cold_logs_only_the_links_after_the_first(logged):
+    logged.open(LINK)
+    assert logged.opened() == PAGE
+    # What the bus starts writes where the bus does.
+    logged.daemon.banner()
+    logged.expect_link(logged.daemon, "https://page.test/second")
 
-    def test_open_may_come_without_platform_data(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        desktop.call("Open", GLib.Variant("(as)", ([LINK, LINK],)))
-        self.expect_messages(listener, LINK, LINK)
-        self.assertEqual(desktop.opened_all(2), [PAGE] * 2)
 
-    def test_open_may_want_no_answer(self):
-        desktop = Desktop(self)
-        call = Gio.DBusMessage.new_method_call(NAME, OBJECT, INTERFACE, "Open")
-        call.set_body(GLib.Variant("(asa{sv})", ([LINK], {})))
-        call.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
-        for _ in ("cold", "warm"):
-            desktop.bus.send_message(call.copy(), Gio.DBusSendMessageFlags.NONE)
-            self.assertEqual(desktop.opened(), PAGE)
+def test_open_warm_logs_and_opens_the_page(desktop, listener):
+    for page in pages(3):
+        desktop.expect_link(listener, page)
 
-    def test_platform_data_of_any_other_kind_is_passed_over(self):
-        desktop = Desktop(self)
-        desktop.open(LINK, x=GLib.Variant("(ia{sv}v)", (1, {}, GLib.Variant("as", ["y"]))),
-                     activation_token="token", z=GLib.Variant("ay", b"zz"))
-        self.assertEqual(desktop.page().environment["XDG_ACTIVATION_TOKEN"], "token")
 
-    def test_activate_starts_the_program_and_is_answered(self):
-        desktop = Desktop(self, service=SERVICE + " -log")
-        desktop.call("Activate", GLib.Variant("(a{sv})", ({},)))
-        desktop.daemon.banner()
-        desktop.call("Activate", GLib.Variant("(a{sv})", ({},)))
-        self.expect_link(desktop, desktop.daemon)
+def test_open_takes_several_links_in_their_order(desktop, listener):
+    links = [page_link(page) for page in pages(5)]
+    desktop.open(*links)
+    listener.expect_log(*links)
+    assert desktop.opened_all(5) == pages(5)
 
-    def test_activate_action_is_answered(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        desktop.call("ActivateAction", GLib.Variant("(sava{sv})", (
-            "quit", [GLib.Variant("s", "now")], {})))
-        self.expect_link(desktop, listener)
 
-    def test_the_bus_tells_what_the_program_takes(self):
-        desktop = Desktop(self)
-        desktop.listen()
-        (text,) = desktop.call("Introspect", None, "org.freedesktop.DBus.Introspectable")
-        interface = Gio.DBusNodeInfo.new_for_xml(text).lookup_interface(INTERFACE)
-        self.assertEqual([method.name for method in interface.methods],
-                         ["Activate", "Open", "ActivateAction"])
-        self.assertNotIn("Deprecated", text)
+def test_open_cold_takes_several_links(desktop):
+    desktop.open(*map(page_link, pages(5)))
+    assert desktop.opened_all(5) == pages(5)
 
-    def test_a_start_without_a_link_waits_for_none(self):
-        desktop = Desktop(self, service=SERVICE + " -log")
-        desktop.ask_bus("StartServiceByName", NAME, 0)
-        # Answered once the links of the start, if any, are there.
-        desktop.call("Ping", None, "org.freedesktop.DBus.Peer")
-        desktop.open(LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        desktop.daemon.banner()
-        self.expect_messages(desktop.daemon, LINK)
-        self.expect_link(desktop, desktop.daemon)
 
-    def test_wrong_arguments_are_an_error_and_harm_nothing(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        for method, parameters in [
-                ("Open", GLib.Variant("(s)", (LINK,))),
-                ("Open", GLib.Variant("(asa{ss})", ([LINK], {}))),
-                ("Open", GLib.Variant("(asa{sv}s)", ([LINK], {}, ""))),
-                ("Open", None),
-                ("Activate", None),
-                ("Activate", GLib.Variant("(s)", ("",))),
-                ("ActivateAction", GLib.Variant("(s)", ("quit",)))]:
-            with self.subTest(method=method, parameters=parameters):
-                self.expect_error("org.freedesktop.DBus.Error.InvalidArgs", desktop.call, method,
-                                  parameters)
-        self.expect_link(desktop, listener)
+def test_open_may_come_without_platform_data(desktop, listener):
+    desktop.call("Open", GLib.Variant("(as)", ([LINK, LINK],)))
+    listener.expect_log(LINK, LINK)
+    assert desktop.opened_all(2) == [PAGE] * 2
 
-    def test_an_unknown_method_is_an_error_and_harms_nothing(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        self.expect_error("org.freedesktop.DBus.Error.UnknownMethod", desktop.call, "Close",
-                          GLib.Variant("(as)", ([LINK],)))
-        # An error, whatever its name.
-        with self.assertRaises(GLib.Error):
-            desktop.call("Open", GLib.Variant("(as)", ([LINK],)), "org.example.Other")
-        self.expect_link(desktop, listener)
 
-    def test_the_bus_of_the_runtime_folder_is_found(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log", DBUS_SESSION_BUS_ADDRESS=None,
-                                  XDG_RUNTIME_DIR=desktop.folder)
-        self.expect_link(desktop, listener)
+def test_open_may_want_no_answer(desktop):
+    call = Gio.DBusMessage.new_method_call(NAME, OBJECT, INTERFACE, "Open")
+    call.set_body(OPEN)
+    call.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
+    for _ in ("cold", "warm"):
+        desktop.bus.send_message(call.copy(), Gio.DBusSendMessageFlags.NONE)
+        assert desktop.opened() == PAGE
 
-    # By a command line.
 
-    def test_exec_cold_ends_silently_and_the_bus_starts_the_program(self):
-        desktop = Desktop(self)
-        process = desktop.start("-log", "-jsonlog", LINK)
-        self.expect_silence(process.finish())
-        self.assertEqual(desktop.opened(), PAGE)
-        self.assertNotIn(desktop.owner(), (process.pid, None))
+def test_platform_data_of_any_other_kind_is_passed_over(desktop):
+    desktop.open(LINK, x=GLib.Variant("(ia{sv}v)", (1, {}, GLib.Variant("as", ["y"]))),
+                 activation_token="token", z=GLib.Variant("ay", b"zz"))
+    assert desktop.page().environment["XDG_ACTIVATION_TOKEN"] == "token"
 
-    def test_exec_warm_ends_silently_and_the_listener_opens_the_page(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        self.expect_silence(desktop.run("-log", LINK))
-        self.expect_messages(listener, LINK)
-        self.assertEqual(desktop.opened(), PAGE)
-        self.assertEqual(desktop.owner(), listener.pid)
 
-    def test_exec_takes_several_links_in_their_order(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        links = [page_link(page) for page in pages(4)]
-        self.expect_silence(desktop.run(*links))
-        self.expect_messages(listener, *links)
-        self.assertEqual(desktop.opened_all(4), pages(4))
+def test_activate_starts_the_program_and_is_answered(logged):
+    logged.call("Activate", NOTHING)
+    logged.daemon.banner()
+    logged.call("Activate", NOTHING)
+    logged.expect_link(logged.daemon)
 
-    def test_exec_without_a_service_that_starts_becomes_the_application(self):
-        for service in (None, "/bin/false", "/nowhere/vastel-connect"):
-            with self.subTest(service=service):
-                desktop = Desktop(self, service=service)
-                process = desktop.start("-log", LINK)
-                self.assertEqual(desktop.opened(), PAGE)
-                # The link of the start writes no log line.
-                process.banner()
-                self.expect_link(desktop, process, "https://page.test/second")
-                self.assertEqual(desktop.owner(), process.pid)
-                self.expect_silence(process.end())
-            self.doCleanups()
 
-    def test_exec_refuses_a_link_that_the_bus_does_not_carry(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        for character in ("\ufdd0", "\uffff", "\U0010fffe"):
-            with self.subTest(character):
-                result = desktop.run("screenpop:" + character)
-                self.assertEqual(result.errors, "vastel-connect: the link was refused: the bus "
-                                                "does not carry it\n")
-                self.assertEqual((result.output, result.status), ("", 1))
-        self.expect_link(desktop, listener)
+@pytest.mark.parametrize("method, parameters", [
+    ("Open", GLib.Variant("(asa{sv})", ([], {}))),
+    ("ActivateAction", GLib.Variant("(sava{sv})", ("quit", [GLib.Variant("s", "now")], {})))])
+def test_a_call_without_a_link_is_answered(desktop, listener, method, parameters):
+    desktop.call(method, parameters)
+    desktop.expect_link(listener)
+
+
+def test_the_bus_tells_what_the_program_takes(desktop, listener):
+    (text,) = desktop.call("Introspect", None, "org.freedesktop.DBus.Introspectable")
+    interface = Gio.DBusNodeInfo.new_for_xml(text).lookup_interface(INTERFACE)
+    assert [method.name for method in interface.methods] == ["Activate", "Open", "ActivateAction"]
+    assert "Deprecated" not in text
+
+
+def test_a_start_without_a_link_waits_for_none(logged):
+    logged.ask_bus("StartServiceByName", NAME, 0)
+    # Answered once the links of the start, if any, are there.
+    logged.call("Ping", None, "org.freedesktop.DBus.Peer")
+    logged.open(LINK)
+    assert logged.opened() == PAGE
+    logged.daemon.banner()
+    logged.daemon.expect_log(LINK)
+    logged.expect_link(logged.daemon)
+
+
+def test_a_call_of_a_wrong_form_is_an_error_and_harms_nothing(desktop, listener):
+    wrong = [("org.freedesktop.DBus.Error.InvalidArgs", OBJECT, INTERFACE, method, parameters)
+             for method, parameters in [
+                 ("Open", GLib.Variant("(s)", (LINK,))),
+                 ("Open", GLib.Variant("(asa{ss})", ([LINK], {}))),
+                 ("Open", GLib.Variant("(asa{sv}s)", ([LINK], {}, ""))),
+                 ("Open", GLib.Variant("(aas)", ([[LINK]],))),
+                 ("Open", GLib.Variant("(av)", ([GLib.Variant("s", LINK)],))),
+                 ("Open", GLib.Variant("(ay)", (LINK.encode(),))),
+                 ("Open", None),
+                 ("Activate", None),
+                 ("Activate", GLib.Variant("(s)", ("",))),
+                 ("ActivateAction", GLib.Variant("(s)", ("quit",)))]]
+    wrong += [("org.freedesktop.DBus.Error.UnknownMethod", OBJECT, INTERFACE, method, OPEN)
+              for method in ("Close", "open")]
+    # Errors, whatever their names.
+    wrong += [
+        (None, "/", INTERFACE, "Open", OPEN),
+        (None, OBJECT + "/x", INTERFACE, "Open", OPEN),
+        (None, OBJECT, "org.example.Other", "Open", OPEN),
+        (None, OBJECT, "org.freedesktop.DBus.Properties", "Set",
+         GLib.Variant("(ssv)", (INTERFACE, "x", GLib.Variant("s", "y")))),
+        (None, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", (["\ufdd0", LINK], {})))]
+    for name, path, interface, method, parameters in wrong:
+        with pytest.raises(GLib.Error) as raised:
+            desktop.call(method, parameters, interface, path)
+        assert name in (None, Gio.DBusError.get_remote_error(raised.value)), (method, parameters)
+    desktop.expect_link(listener)
+
+
+def test_the_bus_of_the_runtime_folder_is_found(desktop):
+    listener = desktop.listen("-log", DBUS_SESSION_BUS_ADDRESS=None, XDG_RUNTIME_DIR=desktop.folder)
+    desktop.expect_link(listener)
+
+
+# By a command line.
+
+
+def test_exec_cold_ends_silently_and_the_bus_starts_the_program(desktop):
+    process = desktop.start("-log", "-jsonlog", LINK)
+    assert process.finish() == SILENCE
+    assert desktop.opened() == PAGE
+    assert desktop.owner() not in (process.pid, None)
+
+
+def test_exec_warm_ends_silently_and_the_listener_opens_the_pages_in_their_order(desktop, listener):
+    links = [page_link(page) for page in pages(4)]
+    assert desktop.run("-log", *links) == SILENCE
+    listener.expect_log(*links)
+    assert desktop.opened_all(4) == pages(4)
+    assert desktop.owner() == listener.pid
+
+
+@pytest.mark.parametrize("service", [None, "/bin/false", "/nowhere/vastel-connect"])
+def test_exec_without_a_service_that_starts_becomes_the_application(new_desktop, service):
+    desktop = new_desktop(service=service)
+    process = desktop.start("-log", LINK)
+    assert desktop.opened() == PAGE
+    # The link of the start writes no log line.
+    process.banner()
+    desktop.expect_link(process, "https://page.test/second")
+    assert desktop.owner() == process.pid
+    assert process.end() == SILENCE
+
+
+@pytest.mark.parametrize("character", ["\ufdd0", "\uffff", "\U0010fffe"])
+def test_exec_refuses_a_link_that_the_bus_does_not_carry(desktop, listener, character):
+    assert desktop.run("screenpop:" + character) == (
+        "", "vastel-connect: the link was refused: the bus does not carry it\n", 1)
+    desktop.expect_link(listener)
