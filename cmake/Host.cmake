@@ -17,10 +17,9 @@ if(NOT CONNECT_HOST_FOLDER)
     "For ${CMAKE_SYSTEM_NAME}, see \"A new host\" in docs/internals.md.")
 endif()
 
-find_package(utf8cpp REQUIRED)
-if(NOT TARGET utf8cpp::utf8cpp)
-  # Its name until version 4.
-  add_library(utf8cpp::utf8cpp ALIAS utf8cpp)
-endif()
+# By its header: Debian 12 keeps utfcpp's CMake file where one processor alone finds it.
+find_path(UTF8CPP_INCLUDE_DIR utf8.h PATH_SUFFIXES utf8cpp REQUIRED)
+add_library(utf8cpp INTERFACE)
+target_include_directories(utf8cpp SYSTEM INTERFACE ${UTF8CPP_INCLUDE_DIR})
 
 include(platform/${CONNECT_HOST_FOLDER}/Libraries.cmake)
