@@ -18,6 +18,11 @@ endif()
 target_compile_definitions(connect_options INTERFACE
   $<$<CONFIG:Release>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
 
+# A time has 64 bits on processors of 32, too.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  target_compile_definitions(connect_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 

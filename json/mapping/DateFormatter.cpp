@@ -1,7 +1,9 @@
 #include "json/mapping/DateFormatter.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdint>
 
 #include "json/mapping/DefaultZone.h"
 #include "text/Ascii.h"
@@ -11,45 +13,27 @@ namespace {
 
 namespace chrono = std::chrono;
 using chrono::minutes;
+using enum DateField;
 
 /// A date and time as they are written.
 struct Fields {
-  long year = 2000;
-  long month = 1;
-  long day = 1;
-  long hour = 0;
-  long minute = 0;
-  long second = 0;
-  std::optional<minutes> offset;
-
-  /// Where a field of digits is kept; null for another field.
-  long* number(DateField field) {
-    switch (field) {
-      case DateField::Year:
-        return &year;
-      case DateField::Month:
-        return &month;
-      case DateField::Day:
-        return &day;
-      case DateField::Hour:
-        return &hour;
-      case DateField::Minute:
-        return &minute;
-      case DateField::Second:
-        return &second;
-      default:
-        return nullptr;
-    }
+  std::int64_t& operator[](DateField field) { return numbers[static_cast<std::size_t>(field)]; }
+  std::int64_t operator[](DateField field) const {
+    return numbers[static_cast<std::size_t>(field)];
   }
+
+  /// By DateField. What no digits stand for has a number as well, which nothing reads.
+  std::array<std::int64_t, 9> numbers = {0, 2000, 1, 1, 0, 0, 0, 0, 0};
+  std::optional<minutes> offset;
 };
 
 std::size_t digitsOf(DateField field) {
-  return field == DateField::Year ? 4 : 2;
+  return field == Year ? 4 : 2;
 }
 
 // ---- Writing
 
-std::string digits(long number, std::size_t width) {
+std::string digits(std::int64_t number, std::size_t width) {
   const std::string text = std::to_string(number);
   return std::string(width - std::min(width, text.size()), '0') + text;
 }
@@ -61,17 +45,17 @@ std::string offsetText(minutes offset, std::string_view separator) {
   return text.append(digits(size / 60, 2)).append(separator).append(digits(size % 60, 2));
 }
 
-std::string pieceText(const DatePiece& piece, Fields& fields) {
+std::string pieceText(const DatePiece& piece, const Fields& fields) {
   const minutes offset = fields.offset.value_or(minutes{});
   switch (piece.field) {
-    case DateField::Literal:
+    case Literal:
       return piece.literal;
-    case DateField::Offset:
+    case Offset:
       return offsetText(offset, "");
-    case DateField::IsoOffset:
+    case IsoOffset:
       return offset == minutes(0) ? "Z" : offsetText(offset, ":");
     default:
-      return digits(*fields.number(piece.field), digitsOf(piece.field));
+      return digits(fields[piece.field], digitsOf(piece.field));
   }
 }
 
@@ -83,14 +67,17 @@ Fields fieldsOfDate(Date date) {
   const auto midnight = chrono::floor<chrono::days>(local);
   const chrono::year_month_day day(midnight);
   const chrono::hh_mm_ss time(local - midnight);
-  const long year = static_cast<int>(day.year()) + 400 * (date.time_since_epoch() / kCycle);
-  return {.year = year > 0 ? year : 1 - year,
-          .month = static_cast<unsigned>(day.month()),
-          .day = static_cast<unsigned>(day.day()),
-          .hour = time.hours().count(),
-          .minute = time.minutes().count(),
-          .second = time.seconds().count(),
-          .offset = offset};
+  const auto cycles = date.time_since_epoch() / kCycle;
+  const auto year = static_cast<int>(day.year()) + 400 * cycles;
+  Fields fields;
+  fields[Year] = year > 0 ? year : 1 - year;
+  fields[Month] = static_cast<unsigned>(day.month());
+  fields[Day] = static_cast<unsigned>(day.day());
+  fields[Hour] = time.hours().count();
+  fields[Minute] = time.minutes().count();
+  fields[Second] = time.seconds().count();
+  fields.offset = offset;
+  return fields;
 }
 
 // ---- Reading. Each function takes what it reads from the beginning of the text.
@@ -105,9 +92,9 @@ void takeBlanks(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
 }
 
-std::optional<long> takeDigits(std::string_view& text, std::size_t width) {
+std::optional<std::int64_t> takeDigits(std::string_view& text, std::size_t width) {
   if (text.size() < width) return std::nullopt;
-  long number = 0;
+  std::int64_t number = 0;
   for (const char c : text.substr(0, width)) {
     if (!isAsciiDigit(c)) return std::nullopt;
     number = number * 10 + (c - '0');
@@ -135,14 +122,14 @@ bool takeOffset(std::string_view& text, std::optional<minutes>& offset) {
 
 bool takePiece(std::string_view& text, const DatePiece& piece, Fields& fields) {
   switch (piece.field) {
-    case DateField::Literal:
+    case Literal:
       return take(text, piece.literal);
-    case DateField::Offset:
-    case DateField::IsoOffset:
+    case Offset:
+    case IsoOffset:
       return takeOffset(text, fields.offset);
     default: {
       const auto number = takeDigits(text, digitsOf(piece.field));
-      if (number) *fields.number(piece.field) = *number;
+      if (number) fields[piece.field] = *number;
       return number.has_value();
     }
   }
@@ -150,12 +137,12 @@ bool takePiece(std::string_view& text, const DatePiece& piece, Fields& fields) {
 
 /// Absent for a day or a time of day that does not exist.
 std::optional<Date> dateOfFields(const Fields& fields) {
-  const auto day = chrono::year(static_cast<int>(fields.year)) / static_cast<int>(fields.month) /
-                   static_cast<int>(fields.day);
-  if (!day.ok() || fields.year < 1) return std::nullopt;
-  if (fields.hour > 23 || fields.minute > 59 || fields.second > 59) return std::nullopt;
-  const auto local = chrono::local_days(day) + chrono::hours(fields.hour) + minutes(fields.minute) +
-                     chrono::seconds(fields.second);
+  const auto number = [&](DateField field) { return static_cast<int>(fields[field]); };
+  const auto day = chrono::year(number(Year)) / number(Month) / number(Day);
+  if (!day.ok() || fields[Year] < 1) return std::nullopt;
+  if (fields[Hour] > 23 || fields[Minute] > 59 || fields[Second] > 59) return std::nullopt;
+  const auto local = chrono::local_days(day) + chrono::hours(fields[Hour]) +
+                     minutes(fields[Minute]) + chrono::seconds(fields[Second]);
   if (!fields.offset) return dateInDefaultZone(local);
   return Date(local.time_since_epoch()) - *fields.offset;
 }
@@ -169,7 +156,7 @@ std::optional<DateFormatter> DateFormatter::forPattern(std::string_view pattern)
 }
 
 std::string DateFormatter::stringFromDate(Date date) const {
-  auto fields = fieldsOfDate(date);
+  const auto fields = fieldsOfDate(date);
   std::string text;
   for (const auto& piece : pieces_) text += pieceText(piece, fields);
   return text;
@@ -177,7 +164,7 @@ std::string DateFormatter::stringFromDate(Date date) const {
 
 std::optional<Date> DateFormatter::dateFromString(std::string_view text) const {
   Fields fields;
-  if (!pieces_.empty() && pieces_.front().field != DateField::Literal) takeBlanks(text);
+  if (!pieces_.empty() && pieces_.front().field != Literal) takeBlanks(text);
   for (const auto& piece : pieces_) {
     if (!takePiece(text, piece, fields)) return std::nullopt;
   }

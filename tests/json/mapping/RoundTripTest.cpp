@@ -179,7 +179,7 @@ class Generator {
   Url url() {
     static constexpr std::string_view kSigns = "abcXYZ019-._~!$&'()*+,;=:@/?";
     std::string made;
-    for (auto count = below(20); count > 0; --count) made += kSigns[below(kSigns.size())];
+    for (auto count = below(20); count > 0; --count) made += kSigns.data()[below(kSigns.size())];
     return *Url::fromText(made);
   }
 
