@@ -61,11 +61,16 @@ def parse(text):
     if depth(text) > DEPTH_LIMIT:
         return None
     try:
-        value = json.loads(text, parse_constant=lambda name: int(name))
-        json.dumps(value, ensure_ascii=False).encode()  # Fails for half of a surrogate pair.
-        return value
+        return checked(json.loads(text, parse_constant=lambda name: int(name),
+                                  object_pairs_hook=lambda pairs: dict(checked(pairs))))
     except ValueError:
         return None
+
+
+def checked(value):
+    """Fails for half of a surrogate pair, also behind a key that comes again."""
+    json.dumps(value, ensure_ascii=False).encode()
+    return value
 
 
 def depth(text):

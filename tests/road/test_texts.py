@@ -1,68 +1,12 @@
 """What a link may hold, and what comes of many links at once."""
 
 from desktop import Desktop
-from model import expect, make_link, page_link
-from road import LINK, PAGE, TEXTS, RoadTestCase, bulky_link, messages_of, pages
+from model import page_link
+from road import PAGE, TEXTS, RoadTestCase, bulky_link, messages_of, pages
 
 
 class TextsTest(RoadTestCase):
     # What a link may hold.
-
-    def test_each_kind_of_bad_link_gets_its_log_lines(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-jsonlog")
-        payload = LINK.partition("://")[2]
-        links = [
-            "",
-            "screenpop",
-            payload,
-            ":",
-            "://" + payload,
-            "mailto:someone@page.test",
-            PAGE,
-            "screenpop1://" + payload,
-            " screenpop://" + payload,
-            "screenpop ://" + payload,
-            "\u017fcreenpop://" + payload,
-            "screenpop:",
-            "screenpop://",
-            LINK + "\n",
-            LINK + " ",
-            LINK[:-1],
-            "screenpop:" + LINK,
-            "/etc/passwd",
-            "file:///etc/passwd",
-            LINK + "!" * 10_000_000,
-            LINK.replace("://", ":///"),
-            "screenpop:eyJhIjoxfQ",
-            "screenpop:eyJhIjoxfQ%3D%3D",
-            "screenpop:eyJhIjoxfQ=",
-            "screenpop:_-_-",
-            "screenpop://Köln",
-            make_link(b"\xff"),
-            make_link(b'{"WebPage":"\xed\xa0\x80"}'),
-            make_link(b"{"),
-            make_link(b'"' + PAGE.encode() + b'"'),
-            make_link(b"null"),
-            make_link(b"[" * 513 + b"]" * 513),
-            make_link(b"{}\0"),
-            make_link({}),
-            make_link({"webpage": PAGE}),
-            make_link({"WebPage": 7}),
-            make_link({"WebPage": None}),
-            make_link({"WebPage": {"WebPage": PAGE}}),
-            make_link({"ScriptType": "OpenWebPage"}),
-            make_link({"ScriptType": "CSD", "CSDFileName": "/bin/true"}),
-        ]
-        for link in links:
-            with self.subTest(link=link):
-                desktop.open(link)
-                self.expect_messages(listener, link)
-        self.assertEqual({expect(link).messages[-1] for link in links}, {
-            "invalid protocol", "Invalid protocol", "Could not decode", "no webpage to open"})
-        # Nothing was opened, and the next link is as good as any.
-        self.expect_link(desktop, listener)
-        self.expect_silence(listener.end())
 
     def test_the_page_is_opened_whatever_the_script_type(self):
         desktop = Desktop(self)
