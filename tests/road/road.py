@@ -54,6 +54,16 @@ def descriptors(pid):
     return sorted(os.listdir(f"/proc/{pid}/fd"))
 
 
+def expect_texts_unchanged(desktop, follow, texts):
+    """Has texts followed, each of which is to be logged, and opened, as the model has it."""
+    listener = desktop.listen("-log")
+    for text in texts:
+        follow(text)
+        listener.expect_log(text)
+    opened = [expect(text).opened for text in texts if expect(text).opened]
+    assert desktop.opened_all(len(opened)) == sorted(opened)
+
+
 class RoadTestCase(unittest.TestCase):
     maxDiff = None
 

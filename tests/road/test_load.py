@@ -5,12 +5,12 @@ import os
 import threading
 import time
 
+import pytest
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, NAME, OBJECT, Desktop
+from desktop import INTERFACE, NAME, OBJECT
 from model import make_link, page_link
-from processes import LIMIT
-from road import RoadTestCase, descriptors, messages_of
+from processes import LIMIT, SILENCE, messages_of
 
 SENDERS = 4
 FULL = "CONNECT_LOAD" in os.environ
@@ -24,6 +24,8 @@ def link_of(sender, number):
 def own_memory(pid):
     """The memory of a process that is no file's, in kB. Pages of a program that is not yet on a disk
     would be private or shared, as other processes of it come and go."""
+    if "CONNECT_SANITIZER" in os.environ:
+        return 0
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
         return next(int(line.split()[1]) for line in file if line.startswith("Anonymous:"))
 
@@ -46,85 +48,70 @@ def send(address, sender, answers):
         answers[sender] += 1
 
 
-class LoadTest(RoadTestCase):
-    def test_links_of_four_senders_are_all_handled_in_the_order_of_each(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        address = desktop.environment()["DBUS_SESSION_BUS_ADDRESS"]
-        answers = [0] * SENDERS
-        threads = [threading.Thread(target=send, args=(address, sender, answers), daemon=True)
-                   for sender in range(SENDERS)]
-        start = time.monotonic()
-        for thread in threads:
-            thread.start()
-        handled = [0] * SENDERS
-        for total in range(LINKS):
-            messages = listener.messages(len(messages_of(link_of(0, 0))))
-            (sender,) = [each for each in range(SENDERS)
-                         if messages[1] == "process uri: " + link_of(each, handled[each])]
-            handled[sender] += 1
-            self.assertEqual(messages, messages_of(link_of(sender, handled[sender] - 1)))
-            if total == LINKS // 10:
-                before = own_memory(listener.pid)
-        for thread in threads:
-            thread.join(LIMIT)
-        self.assertEqual((handled, answers), ([LINKS // SENDERS] * SENDERS,) * 2)
-        growth = own_memory(listener.pid) - before
-        if FULL:
-            print(f"\n{LINKS:,} links from {SENDERS} senders in {time.monotonic() - start:.1f} s, "
-                  f"none lost, memory of its own +{growth} kB after the first tenth")
-        if "CONNECT_SANITIZER" not in os.environ:
-            self.assertLessEqual(growth, 64)
-        self.expect_silence(listener.end())
+def test_links_of_four_senders_are_all_handled_in_the_order_of_each(desktop, listener):
+    address = desktop.environment()["DBUS_SESSION_BUS_ADDRESS"]
+    answers = [0] * SENDERS
+    threads = [threading.Thread(target=send, args=(address, sender, answers), daemon=True)
+               for sender in range(SENDERS)]
+    start = time.monotonic()
+    for thread in threads:
+        thread.start()
+    handled = [0] * SENDERS
+    for total in range(LINKS):
+        messages = listener.messages(len(messages_of(link_of(0, 0))))
+        (sender,) = [each for each in range(SENDERS)
+                     if messages[1] == "process uri: " + link_of(each, handled[each])]
+        assert messages == messages_of(link_of(sender, handled[sender]))
+        handled[sender] += 1
+        if total == LINKS // 10:
+            before = own_memory(listener.pid)
+    for thread in threads:
+        thread.join(LIMIT)
+    assert handled == answers == [LINKS // SENDERS] * SENDERS
+    growth = own_memory(listener.pid) - before
+    if FULL:
+        print(f"\n{LINKS:,} links from {SENDERS} senders in {time.monotonic() - start:.1f} s, "
+              f"none lost, memory of its own +{growth} kB after the first tenth")
+    assert growth <= 64
+    assert listener.end() == SILENCE
 
-    def test_pages_that_are_opened_leave_no_memory_and_no_descriptor_behind(self):
-        desktop = Desktop(self)
-        listener = desktop.listen()
-        opened = desktop.quick_pages()
 
-        def follow(count):
-            for _ in range(count):
-                desktop.open(page_link("https://page.test/"))
-                opened.next()
-            desktop.wait_for_children(listener.pid)
-            return own_memory(listener.pid), descriptors(listener.pid)
+def test_pages_that_are_opened_leave_no_memory_and_no_descriptor_behind(desktop):
+    listener = desktop.listen()
+    opened = desktop.quick_pages()
 
-        follow(50)
-        memory, open_before = follow(100)
-        later, open_later = follow(1000)
-        self.assertEqual(open_later, open_before)
-        if "CONNECT_SANITIZER" not in os.environ:
-            self.assertLessEqual(later - memory, 64)
-        self.expect_silence(listener.end())
+    def follow(count):
+        for _ in range(count):
+            desktop.open(page_link("https://page.test/"))
+            opened.next()
+        desktop.wait_for_children(listener.pid)
+        return own_memory(listener.pid), listener.descriptors()
 
-    def follow_large(self, text):
-        """Follows a large link, and the seconds that the program computes for it."""
-        before = cpu_time(self.listener.pid)
-        self.desktop.open(text)
-        self.expect_messages(self.listener, text)
-        return cpu_time(self.listener.pid) - before
+    follow(50)
+    memory, open_before = follow(100)
+    later, open_later = follow(1000)
+    assert open_later == open_before
+    assert later - memory <= 64
+    assert listener.end() == SILENCE
 
-    def expect_linear(self, what, make, unit):
-        """A link of eight times the size costs about eight times as much."""
-        self.desktop = Desktop(self)
-        self.listener = self.desktop.listen("-log")
-        if not FULL:
-            self.follow_large(make(unit))
-        else:
-            small = sum(self.follow_large(make(unit)) for _ in range(8))
-            large = self.follow_large(make(8 * unit))
-            print(f"\n{what}: 8 of a size cost {small:.3f} s, one of 8 times the size "
-                  f"{large:.3f} s")
-            # It would be 8 times as much if the cost grew with the square of the size.
-            self.assertLess(large, 6 * small)
-        self.expect_silence(self.listener.end())
 
-    def test_a_huge_link_is_answered_with_its_lines(self):
-        # A link is at most 64 MiB, as the texts of a message are in an array.
-        self.expect_linear("links of 8 and 64 MB",
-                           lambda size: make_link({"Note": "x" * (size * 3 // 4)}), 8_000_000)
+@pytest.mark.parametrize("make, unit", [
+    # A link is at most 64 MiB, as the texts of a message are in an array.
+    (lambda size: make_link({"Note": "x" * (size * 3 // 4)}), 8_000_000),
+    (lambda levels: make_link('{"a":' * levels + "1" + "}" * levels), 100_000)],
+    ids=["huge", "deep"])
+def test_a_huge_link_is_answered_with_its_lines(desktop, listener, make, unit):
+    def follow(size):
+        """The seconds that the program computes for a link."""
+        before = cpu_time(listener.pid)
+        desktop.open(make(size))
+        listener.expect_log(make(size))
+        return cpu_time(listener.pid) - before
 
-    def test_deep_json_is_answered_with_its_lines(self):
-        # Counted in levels.
-        self.expect_linear("JSON of 100,000 and 800,000 levels",
-                           lambda size: make_link('{"a":' * size + "1" + "}" * size), 100_000)
+    small = sum(follow(unit) for _ in range(8 if FULL else 1))
+    if FULL:
+        large = follow(8 * unit)
+        print(f"\n8 of size {unit:,} cost {small:.3f} s, one of 8 times the size {large:.3f} s")
+        # It would be 8 times as much if the cost grew with the square of the size.
+        assert large < 6 * small
+    assert listener.end() == SILENCE

@@ -1,70 +1,50 @@
 """What a link may hold, and what comes of many links at once."""
 
-from desktop import Desktop
+import pytest
+
+from desktop import SERVICE
 from model import page_link
-from road import PAGE, TEXTS, RoadTestCase, bulky_link, messages_of, pages
+from processes import SILENCE, messages_of
+from road import PAGE, TEXTS, bulky_link, expect_texts_unchanged, pages
 
 
-class TextsTest(RoadTestCase):
-    # What a link may hold.
+def test_the_page_is_opened_whatever_the_script_type(desktop, listener):
+    for script_type in ("CSD", "OpenApplication", "OpenWebPage", "other", 7):
+        link = page_link(PAGE, ScriptType=script_type)
+        desktop.open(link)
+        listener.expect_log(link)
+        assert desktop.opened() == PAGE
 
-    def test_the_page_is_opened_whatever_the_script_type(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        for script_type in ("CSD", "OpenApplication", "OpenWebPage", "other", 7):
-            link = page_link(PAGE, ScriptType=script_type)
-            desktop.open(link)
-            self.expect_messages(listener, link)
-            self.assertEqual(desktop.opened(), PAGE)
 
-    def test_an_escaped_page_reaches_the_handler_as_it_is(self):
-        desktop = Desktop(self)
-        page = "HTTPS://page.test/%C3%BC+%20?q=a&b;c='d'($HOME)*~!#e"
-        desktop.open(page_link(page))
-        self.assertEqual(desktop.opened(), page)
+@pytest.mark.parametrize("follow, sizes", [("open", [100_000, 1_400_000]), ("run", [100_000])])
+def test_each_text_arrives_unchanged(desktop, follow, sizes):
+    expect_texts_unchanged(desktop, getattr(desktop, follow), [*TEXTS, *map(bulky_link, sizes)])
 
-    def test_each_text_arrives_unchanged_over_the_bus(self):
-        desktop = Desktop(self)
-        self.expect_texts_unchanged(desktop, desktop.open,
-                                    [*TEXTS, bulky_link(100_000), bulky_link(1_400_000)])
 
-    def test_each_text_arrives_unchanged_by_a_command_line(self):
-        desktop = Desktop(self)
-        self.expect_texts_unchanged(desktop, desktop.run, [*TEXTS, bulky_link(100_000)])
+# Many at once.
 
-    # Many at once.
 
-    def test_twenty_at_once_are_opened_once_each_by_the_program_that_the_bus_starts(self):
-        desktop = Desktop(self)
-        for process in self.start_at_once(desktop, map(page_link, pages(20))):
-            self.expect_silence(process.finish())
-        self.assertEqual(desktop.opened_all(20), pages(20))
-        self.assertEqual(len(desktop.names_seen()), 1)
+@pytest.mark.parametrize("service, listens", [(SERVICE, False), (SERVICE, True), (None, False)],
+                         ids=["by a program that the bus starts", "by a listener", "by one of them"])
+def test_twenty_at_once_are_opened_once_each(new_desktop, service, listens):
+    desktop = new_desktop(service=service)
+    listener = desktop.listen("-log") if listens else None
+    links = [*map(page_link, pages(20))]
+    processes = desktop.start_at_once(links)
+    assert desktop.opened_all(20) == pages(20)
+    ended = [process for process in processes if process.pid != desktop.owner()]
+    assert [process.finish() for process in ended] == [SILENCE] * len(ended)
+    assert len(ended) == (20 if service else 19)
+    assert not service or len(desktop.names_seen()) == 1
+    if listens:
+        expected = messages_of(*links)
+        assert sorted(listener.messages(len(expected))) == sorted(expected)
 
-    def test_twenty_at_once_are_opened_once_each_by_a_listener(self):
-        desktop = Desktop(self)
-        listener = desktop.listen("-log")
-        for process in self.start_at_once(desktop, map(page_link, pages(20))):
-            self.expect_silence(process.finish())
-        self.assertEqual(desktop.opened_all(20), pages(20))
-        expected = messages_of(*map(page_link, pages(20)))
-        self.assertEqual(sorted(listener.messages(len(expected))), sorted(expected))
 
-    def test_twenty_at_once_are_opened_once_each_by_one_of_them(self):
-        desktop = Desktop(self, service=None)
-        processes = self.start_at_once(desktop, map(page_link, pages(20)))
-        self.assertEqual(desktop.opened_all(20), pages(20))
-        for process in processes:
-            if process.pid != desktop.owner():
-                self.expect_silence(process.finish())
-        self.assertEqual([process.pid for process in processes if process.is_running()],
-                         [desktop.owner()])
-
-    def test_twenty_calls_at_once_are_carried_out_once_each(self):
-        desktop = Desktop(self)
-        answers = []
-        for page in pages(20):
-            desktop.call_open([page_link(page)], answers)
-        self.assertEqual(desktop.opened_all(20), pages(20))
-        desktop.wait_until(lambda: len(answers) == 20)
-        self.assertEqual(set(answers), {None})
+def test_twenty_calls_at_once_are_carried_out_once_each(desktop):
+    answers = []
+    for page in pages(20):
+        desktop.call_open([page_link(page)], answers)
+    assert desktop.opened_all(20) == pages(20)
+    desktop.wait_until(lambda: len(answers) == 20)
+    assert set(answers) == {None}
