@@ -26,9 +26,6 @@ class Delegate : public WithRecordingHost<testing::Test> {
 
 static_assert(!std::is_polymorphic_v<AppDelegate>);
 
-constexpr const char* kSetHandler = "set handler";
-constexpr const char* kRemoveHandler = "remove handler";
-
 TEST_F(Delegate, StartsWithoutWindowAndFlags) {
   EXPECT_TRUE(delegate.window.expired());
   EXPECT_FALSE(delegate.FlagChangeLog || delegate.FlagHelp || delegate.FlagLog ||
@@ -44,35 +41,19 @@ TEST_F(Delegate, DoesNotOwnItsWindow) {
   EXPECT_TRUE(delegate.window.expired());
 }
 
-TEST_F(Delegate, RegistersTheHandlerBeforeItReadsTheCommandLine) {
-  host.arguments = {"vastel-connect", "-log"};
-  delegate.applicationWillFinishLaunching();
-  EXPECT_THAT(host.events(), ElementsAre(kSetHandler));
-  EXPECT_FALSE(delegate.FlagLog);
-}
-
-TEST_F(Delegate, WritesNoLogLineForTheUriThatLaunchedIt) {
+TEST_F(Delegate, RegistersTheHandlerFirstAndLogsNothingOfTheUriThatLaunchedIt) {
   host.arguments = {"vastel-connect", "-log", "-jsonlog"};
   delegate.applicationWillFinishLaunching();
   delegate.UriEventHandlerWithEvent(withText(keyDirectObject, "screenpop"));
-  EXPECT_THAT(host.events(), ElementsAre(kSetHandler));
+  EXPECT_THAT(host.events(), ElementsAre("set handler"));
 }
 
-TEST_F(Delegate, RemovesTheHandlerAtEveryTermination) {
-  delegate.applicationWillFinishLaunching();
-  delegate.applicationDidFinishLaunching();
-  delegate.applicationWillTerminate();
-  EXPECT_EQ(host.events().front(), kSetHandler);
-  EXPECT_EQ(host.events().back(), kRemoveHandler);
-}
-
-TEST_F(Delegate, RemovesTheHandlerWhenAPrintingSwitchEndedIt) {
+TEST_F(Delegate, RemovesTheHandlerAtItsEnd) {
   host.arguments = {"vastel-connect", "-help"};
-  delegate.applicationWillFinishLaunching();
   delegate.applicationDidFinishLaunching();
   EXPECT_EQ(host.events().back(), "terminate");
   delegate.applicationWillTerminate();
-  EXPECT_EQ(host.events().back(), kRemoveHandler);
+  EXPECT_EQ(host.events().back(), "remove handler");
 }
 
 class UriEventCallback : public Delegate {

@@ -10,87 +10,55 @@ namespace Vastel_Connect {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class LogMessage : public WithRecordingHost<testing::Test> {
  protected:
+  /// The lines of a message under the switches that are on.
+  std::vector<std::string> lines(std::string_view message, std::string_view value = {}) {
+    host.reset();
+    delegate.logMessage(message, value);
+    return host.eventsOf("print: ");
+  }
+
   AppDelegate delegate;
 };
 
-TEST_F(LogMessage, WritesNothingWithoutASwitch) {
-  delegate.logMessage("hello");
-  EXPECT_THAT(host.events(), IsEmpty());
-}
+const std::string kJsonLine =
+    R"({"datetime":"2018-03-05T14:07:09+0100","event":"Log","message":"hello"})";
 
-TEST_F(LogMessage, WritesThePlainLine) {
+TEST_F(LogMessage, WritesAPlainLineThenAJsonLineAsTheSwitchesSay) {
+  EXPECT_THAT(lines("hello"), testing::IsEmpty());
   delegate.FlagLog = true;
-  delegate.logMessage("hello");
-  EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> hello"));
-}
-
-TEST_F(LogMessage, WritesTheJsonLineAlone) {
+  EXPECT_THAT(lines("hello"), ElementsAre("Log 14:07:09> hello"));
   delegate.FlagJsonLog = true;
-  delegate.logMessage("hello");
-  EXPECT_THAT(
-      host.events(),
-      ElementsAre(
-          R"(print: {"datetime":"2018-03-05T14:07:09+0100","event":"Log","message":"hello"})"));
-}
-
-TEST_F(LogMessage, WritesPlainLineBeforeJsonLine) {
-  delegate.FlagLog = true;
-  delegate.FlagJsonLog = true;
-  delegate.logMessage("a");
-  delegate.logMessage("b");
-  EXPECT_THAT(
-      host.events(),
-      ElementsAre("print: Log 14:07:09> a",
-                  R"(print: {"datetime":"2018-03-05T14:07:09+0100","event":"Log","message":"a"})",
-                  "print: Log 14:07:09> b",
-                  R"(print: {"datetime":"2018-03-05T14:07:09+0100","event":"Log","message":"b"})"));
-}
-
-TEST_F(LogMessage, MarksThePlainLineOfAnotherThread) {
-  delegate.FlagLog = true;
-  delegate.FlagJsonLog = true;
-  std::thread([this] { delegate.logMessage("hello"); }).join();
-  EXPECT_THAT(
-      host.events(),
-      ElementsAre(
-          "print: >>>SUB THREAD<<< Log 14:07:09> hello",
-          R"(print: {"datetime":"2018-03-05T14:07:09+0100","event":"Log","message":"hello"})"));
-}
-
-TEST_F(LogMessage, MayBeCalledFromManyThreadsAtOnce) {
-  delegate.FlagLog = true;
-  std::thread threads[8];
-  for (auto& thread : threads) {
-    thread = std::thread([this] {
-      for (int i = 0; i < 100; ++i) delegate.logMessage("x");
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  EXPECT_THAT(host.events(),
-              testing::AllOf(testing::SizeIs(800),
-                             testing::Each("print: >>>SUB THREAD<<< Log 14:07:09> x")));
-}
-
-TEST_F(LogMessage, EndsThePlainLineOfAnEmptyMessageWithABlank) {
-  delegate.FlagLog = true;
-  delegate.logMessage("");
-  EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> "));
+  EXPECT_THAT(lines("hello"), ElementsAre("Log 14:07:09> hello", kJsonLine));
+  EXPECT_THAT(lines("hel", "lo"), ElementsAre("Log 14:07:09> hello", kJsonLine));
+  delegate.FlagLog = false;
+  EXPECT_THAT(lines("hello"), ElementsAre(kJsonLine));
 }
 
 TEST_F(LogMessage, LeavesTheMessageOfAPlainLineUnchanged) {
   delegate.FlagLog = true;
-  delegate.logMessage("a\n\"b\"\\ \xC3\xA9");
-  EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> a\n\"b\"\\ \xC3\xA9"));
+  EXPECT_THAT(lines(""), ElementsAre("Log 14:07:09> "));
+  EXPECT_THAT(lines("a\n\"b\"\\ \xC3\xA9", " x "),
+              ElementsAre("Log 14:07:09> a\n\"b\"\\ \xC3\xA9 x "));
 }
 
-TEST_F(LogMessage, PutsAValueRightBehindTheMessage) {
-  delegate.FlagLog = true;
-  delegate.logMessage("webpage: ", " x ");
-  EXPECT_THAT(host.events(), ElementsAre("print: Log 14:07:09> webpage:  x "));
+TEST_F(LogMessage, MarksThePlainLinesOfOtherThreadsWhichMayLogAtOnce) {
+  delegate.FlagLog = delegate.FlagJsonLog = true;
+  std::thread threads[8];
+  for (auto& thread : threads) {
+    thread = std::thread([this] {
+      for (int i = 0; i < 100; ++i) delegate.logMessage("hello");
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  const auto count = [this](const std::string& line) {
+    return host.eventsOf("print: " + line).size();
+  };
+  EXPECT_EQ(count(">>>SUB THREAD<<< Log 14:07:09> hello"), 800U);
+  EXPECT_EQ(count(kJsonLine), 800U);
+  EXPECT_EQ(count(""), 1600U);
 }
 
 }  // namespace
