@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
+
+#include "tests/platform/ScopedEnvironment.h"
 
 namespace Vastel_Connect {
 
@@ -44,34 +44,6 @@ class PrivateFolder {
 
  private:
   std::filesystem::path path_;
-};
-
-/// Environment variables that have other values, or none, as long as this object is there.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment() = default;
-  ~ScopedEnvironment() {
-    for (const auto& [name, value] : before_) assign(name, value);
-  }
-  ScopedEnvironment(const ScopedEnvironment&) = delete;
-  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
-  void set(const std::string& name, const std::optional<std::string>& value) {
-    const char* before = std::getenv(name.c_str());
-    before_.emplace(name, before != nullptr ? std::optional<std::string>(before) : std::nullopt);
-    assign(name, value);
-  }
-
- private:
-  static void assign(const std::string& name, const std::optional<std::string>& value) {
-    if (value) {
-      ::setenv(name.c_str(), value->c_str(), 1);
-    } else {
-      ::unsetenv(name.c_str());
-    }
-  }
-
-  std::map<std::string, std::optional<std::string>> before_;
 };
 
 }  // namespace Vastel_Connect

@@ -1,28 +1,33 @@
+// Tests json/mapping/DateFormatter.h. Dates are told by their Unix time.
 #include "json/mapping/DateFormatter.h"
 
 #include <gtest/gtest.h>
 
 #include <charconv>
-#include <ctime>
-#include <limits>
+#include <chrono>
 #include <random>
 #include <set>
 
-#include "tests/json/mapping/InZone.h"
-#include "tests/json/mapping/UnixTime.h"
 #include "tests/platform/Data.h"
+#include "tests/platform/ScopedEnvironment.h"
 
 namespace Vastel_Connect {
 namespace {
 
-constexpr std::string_view kIsoPattern = "yyyy-MM-dd'T'HH:mm:ssZZZZZ";
+constexpr std::string_view kIso = "yyyy-MM-dd'T'HH:mm:ssZZZZZ";
+constexpr std::string_view kLocal = "yyyy-MM-dd HH:mm:ss";
+constexpr std::int64_t kVectors = 1520255229;
 
-Date at(std::int64_t unixTime) {
-  return Date(std::chrono::seconds(unixTime));
+std::string written(const std::string& zone, std::string_view pattern, std::int64_t time) {
+  const ScopedEnvironment inZone("TZ", zone);
+  return DateFormatter::forPattern(pattern)->stringFromDate(Date(std::chrono::seconds(time)));
 }
 
-DateFormatter formatter(std::string_view pattern) {
-  return *DateFormatter::forPattern(pattern);
+std::optional<std::int64_t> read(const std::string& zone, std::string_view pattern,
+                                 std::string_view text) {
+  const ScopedEnvironment inZone("TZ", zone);
+  const auto date = DateFormatter::forPattern(pattern)->dateFromString(text);
+  return date ? std::optional<std::int64_t>(date->time_since_epoch().count()) : std::nullopt;
 }
 
 std::int64_t number(std::string_view text) {
@@ -52,16 +57,12 @@ TEST(DateFormatter, WritesAndReadsEveryUsedRowOfTheVectors) {
   int skipped = 0;
   for (const auto& row : readTable("date_format.tsv")) {
     const auto zone = zoneOfRow(row.at(0));
-    if (!zone) {
-      ++skipped;
-      continue;
-    }
-    ++used;
+    ++(zone ? used : skipped);
+    if (!zone) continue;
     SCOPED_TRACE(row.at(0) + " " + row.at(1));
-    const InZone inZone(*zone);
-    EXPECT_EQ(formatter(row.at(1)).stringFromDate(at(1520255229)), row.at(2));
+    EXPECT_EQ(written(*zone, row.at(1), kVectors), row.at(2));
     if (row.at(1).starts_with("yyyy")) {
-      EXPECT_EQ(unixTime(formatter(row.at(1)).dateFromString(row.at(2))), 1520255229);
+      EXPECT_EQ(read(*zone, row.at(1), row.at(2)), kVectors);
     }
   }
   EXPECT_EQ(used, 63);
@@ -69,14 +70,12 @@ TEST(DateFormatter, WritesAndReadsEveryUsedRowOfTheVectors) {
 }
 
 TEST(DateFormatter, ReadsTheRowsOfTheVectorsAsAWhole) {
-  const InZone zone("GMT");
   for (const auto& row : readTable("iso8601_parse.tsv")) {
-    SCOPED_TRACE(row.at(0));
     const auto text = jsonString(row.at(0));
     const auto length = std::to_string(text.size());
     const bool readWhole = row.size() > 2 && row[2] == length + "/" + length;
-    EXPECT_EQ(unixTime(sharedIso8601DateFormatter().dateFromString(text)),
-              readWhole ? std::optional(number(row[1])) : std::nullopt);
+    EXPECT_EQ(read("GMT", kIso, text), readWhole ? std::optional(number(row[1])) : std::nullopt)
+        << text;
   }
 }
 
@@ -86,8 +85,7 @@ TEST(DateFormatter, IsAbsentForAPatternThatIsNone) {
 }
 
 TEST(DateFormatter, RejectsWhatDoesNotFollowThePattern) {
-  const auto iso = formatter(kIsoPattern);
-  for (const std::string text : {
+  for (const char* text : {
            "2018-03-05T14:07:09",               // no offset
            "2018-03-05T14:07:09+01",            // offset without minutes
            "2018-03-05T14:07:09+1:00",          // and with one digit
@@ -112,138 +110,92 @@ TEST(DateFormatter, RejectsWhatDoesNotFollowThePattern) {
            "2018-03-05T14:07:60Z",              //
            "\xD9\xA2\xD9\xA0-03-05T14:07:09Z",  // digits of another script
        }) {
-    EXPECT_EQ(unixTime(iso.dateFromString(text)), std::nullopt) << text;
+    EXPECT_EQ(read("GMT", kIso, text), std::nullopt) << text;
   }
 }
 
-TEST(DateFormatter, ReadsADayThatExistsInALeapYear) {
-  EXPECT_EQ(unixTime(formatter(kIsoPattern).dateFromString("2020-02-29T00:00:00Z")), 1582934400);
+TEST(DateFormatter, ReadsTheEdgesOfItsFields) {
+  EXPECT_EQ(read("GMT", kIso, "2020-02-29T00:00:00Z"), 1582934400);
+  EXPECT_EQ(read("GMT", kIso, "0001-01-01T00:00:00Z"), -62135596800);
+  EXPECT_EQ(read("GMT", kIso, "2018-03-05T23:59:59+23:59"), 1520294399 - 86340);
+  EXPECT_EQ(read("GMT", kIso, "2018-03-05T23:59:59-23:59"), 1520294399 + 86340);
 }
 
-TEST(DateFormatter, ReadsTheLargestOffsets) {
-  const auto iso = formatter(kIsoPattern);
-  EXPECT_EQ(unixTime(iso.dateFromString("2018-03-05T14:07:09+23:59")), 1520258829 - 86340);
-  EXPECT_EQ(unixTime(iso.dateFromString("2018-03-05T14:07:09-23:59")), 1520258829 + 86340);
+TEST(DateFormatter, TakesUnnamedFieldsFromTheFirstDayOf2000) {
+  EXPECT_EQ(read("GMT", "HH:mm", "01:30"), 946684800 + 90 * 60);
+  EXPECT_EQ(read("GMT", "yyyy", "2001"), 978307200);
+  EXPECT_EQ(read("GMT", "", ""), 946684800);
 }
 
-TEST(DateFormatter, ReadsTheFirstYear) {
-  EXPECT_EQ(unixTime(formatter(kIsoPattern).dateFromString("0001-01-01T00:00:00Z")), -62135596800);
-}
-
-TEST(DateFormatter, TakesNoLiteralForAMissingField) {
-  EXPECT_EQ(unixTime(formatter("MM'ab'").dateFromString("ab")), std::nullopt);
-  EXPECT_EQ(unixTime(formatter("Z'ab'").dateFromString("+ab")), std::nullopt);
+TEST(DateFormatter, TakesBlanksBeforeAFirstFieldAndNoLiteralForAMissingField) {
+  EXPECT_EQ(read("GMT", "HH", "  00"), 946684800);
+  EXPECT_EQ(read("GMT", "' 'HH", " 00"), 946684800);
+  EXPECT_EQ(read("GMT", "' 'HH", "  00"), std::nullopt);
+  EXPECT_EQ(read("GMT", "HH", "  "), std::nullopt);
+  EXPECT_EQ(read("GMT", "MM'ab'", "ab"), std::nullopt);
+  EXPECT_EQ(read("GMT", "Z'ab'", "+ab"), std::nullopt);
 }
 
 TEST(DateFormatter, ReadsTheDefaultZonesTimeWithoutAnOffset) {
-  const InZone zone("Europe/Berlin");
-  const auto local = formatter("yyyy-MM-dd HH:mm:ss");
-  EXPECT_EQ(unixTime(local.dateFromString("2018-03-05 14:07:09")), 1520255229);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-07-05 14:07:09")), 1530792429);
-}
-
-TEST(DateFormatter, RejectsATimeThatTheClocksSkip) {
-  const InZone zone("Europe/Berlin");
-  const auto local = formatter("yyyy-MM-dd HH:mm:ss");
-  EXPECT_EQ(unixTime(local.dateFromString("2018-03-25 01:59:59")), 1521939599);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-03-25 02:00:00")), std::nullopt);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-03-25 02:59:59")), std::nullopt);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-03-25 03:00:00")), 1521939600);
-}
-
-TEST(DateFormatter, TakesTheSecondOfATimeThatComesTwice) {
-  const InZone zone("Europe/Berlin");
-  const auto local = formatter("yyyy-MM-dd HH:mm:ss");
-  EXPECT_EQ(unixTime(local.dateFromString("2018-10-28 01:59:59")), 1540684799);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-10-28 02:00:00")), 1540688400);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-10-28 02:59:59")), 1540691999);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-10-28 03:00:00")), 1540692000);
+  const std::string berlin = "Europe/Berlin";
+  EXPECT_EQ(read(berlin, kLocal, "2018-03-05 14:07:09"), kVectors);
+  EXPECT_EQ(read(berlin, kLocal, "2018-07-05 14:07:09"), 1530792429);
+  // The clocks skip an hour, whose times are absent.
+  EXPECT_EQ(read(berlin, kLocal, "2018-03-25 01:59:59"), 1521939599);
+  EXPECT_EQ(read(berlin, kLocal, "2018-03-25 02:00:00"), std::nullopt);
+  EXPECT_EQ(read(berlin, kLocal, "2018-03-25 02:59:59"), std::nullopt);
+  EXPECT_EQ(read(berlin, kLocal, "2018-03-25 03:00:00"), 1521939600);
+  // An hour comes twice, and its times mean the second.
+  EXPECT_EQ(read(berlin, kLocal, "2018-10-28 01:59:59"), 1540684799);
+  EXPECT_EQ(read(berlin, kLocal, "2018-10-28 02:00:00"), 1540688400);
+  EXPECT_EQ(read(berlin, kLocal, "2018-10-28 02:59:59"), 1540691999);
+  EXPECT_EQ(read(berlin, kLocal, "2018-10-28 03:00:00"), 1540692000);
 }
 
 TEST(DateFormatter, ReadsTimesNearTwoChangesOfTheClocksWithinTwoDays) {
   // An hour ahead from the 100th day of the year at 0:00 until noon of the day after.
-  const InZone zone("AAA0BBB,J100/0,J101/12");
-  const auto local = formatter("yyyy-MM-dd HH:mm:ss");
-  EXPECT_EQ(unixTime(local.dateFromString("2018-04-10 03:00:00")), 1523325600);
-  EXPECT_EQ(unixTime(local.dateFromString("2018-04-11 10:00:00")), 1523437200);
-}
-
-TEST(DateFormatter, TakesUnnamedFieldsFromTheFirstDayOf2000) {
-  const InZone zone("GMT");
-  EXPECT_EQ(unixTime(formatter("HH:mm").dateFromString("01:30")), 946684800 + 90 * 60);
-  EXPECT_EQ(unixTime(formatter("yyyy").dateFromString("2001")), 978307200);
-  EXPECT_EQ(unixTime(formatter("").dateFromString("")), 946684800);
-}
-
-TEST(DateFormatter, TakesBlanksBeforeAFirstFieldOnly) {
-  const InZone zone("GMT");
-  EXPECT_EQ(unixTime(formatter("HH").dateFromString("  00")), 946684800);
-  EXPECT_EQ(unixTime(formatter("' 'HH").dateFromString(" 00")), 946684800);
-  EXPECT_EQ(unixTime(formatter("' 'HH").dateFromString("  00")), std::nullopt);
-  EXPECT_EQ(unixTime(formatter("HH").dateFromString("  ")), std::nullopt);
+  EXPECT_EQ(read("AAA0BBB,J100/0,J101/12", kLocal, "2018-04-10 03:00:00"), 1523325600);
+  EXPECT_EQ(read("AAA0BBB,J100/0,J101/12", kLocal, "2018-04-11 10:00:00"), 1523437200);
 }
 
 TEST(DateFormatter, WritesEveryDate) {
-  const InZone zone("GMT");
-  const auto iso = formatter(kIsoPattern);
-  EXPECT_EQ(iso.stringFromDate(at(-62135596800)), "0001-01-01T00:00:00Z");
-  EXPECT_EQ(iso.stringFromDate(at(253402300799)), "9999-12-31T23:59:59Z");
-  EXPECT_EQ(iso.stringFromDate(at(253402300800)), "10000-01-01T00:00:00Z");
-  // Before the year 1, those of the other era are counted.
-  EXPECT_EQ(iso.stringFromDate(at(-62135596801)), "0001-12-31T23:59:59Z");
-  EXPECT_EQ(iso.stringFromDate(at(-62167219201)), "0002-12-31T23:59:59Z");
-  EXPECT_EQ(iso.stringFromDate(Date::min()), "292277022658-01-27T08:29:52Z");
-  EXPECT_EQ(iso.stringFromDate(Date::max()), "292277026596-12-04T15:30:07Z");
-}
-
-TEST(DateFormatter, WritesTheYearOfTheZone) {
-  const InZone zone("Asia/Kathmandu");
-  EXPECT_EQ(formatter(kIsoPattern).stringFromDate(at(253402300799)), "10000-01-01T05:44:59+05:45");
-}
-
-TEST(DateFormatter, RoundsOffsetsWithSeconds) {
-  const InZone zone("Europe/Berlin");  // 0:53:28 until April 1893
-  const std::time_t before1893 = -2500000000;
-  if (std::localtime(&before1893)->tm_gmtoff == 3600) {
-    GTEST_SKIP() << "the system's zones hold no time before 1901";
-  }
-  EXPECT_EQ(formatter(kIsoPattern).stringFromDate(at(before1893)), "1890-10-11T20:26:20+00:53");
-}
-
-TEST(DateFormatter, RoundsHalfAMinuteOfAnOffsetAwayFromZero) {
-  for (const std::string sign : {"+", "-"}) {
-    // POSIX counts westwards.
-    const InZone zone("OFF" + std::string(sign == "+" ? "-" : "") + "1:02:30");
-    EXPECT_EQ(formatter("Z").stringFromDate(at(0)), sign + "0103");
-  }
-}
-
-TEST(SharedIso8601DateFormatter, IsMadeOnce) {
-  EXPECT_EQ(&sharedIso8601DateFormatter(), &sharedIso8601DateFormatter());
-}
-
-TEST(SharedIso8601DateFormatter, WritesTheDefaultZonesTime) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"GMT", "2018-03-05T13:07:09Z"},
-      {"Europe/Berlin", "2018-03-05T14:07:09+01:00"},
-      {"America/St_Johns", "2018-03-05T09:37:09-03:30"},
+  const std::pair<std::int64_t, const char*> rows[] = {
+      {-62135596800, "0001-01-01T00:00:00Z"},
+      {253402300799, "9999-12-31T23:59:59Z"},
+      {253402300800, "10000-01-01T00:00:00Z"},
+      // Before the year 1, those of the other era are counted.
+      {-62135596801, "0001-12-31T23:59:59Z"},
+      {-62167219201, "0002-12-31T23:59:59Z"},
+      {Date::min().time_since_epoch().count(), "292277022658-01-27T08:29:52Z"},
+      {Date::max().time_since_epoch().count(), "292277026596-12-04T15:30:07Z"},
   };
-  for (const auto& [zone, text] : rows) {
-    const InZone inZone(zone);
-    EXPECT_EQ(sharedIso8601DateFormatter().stringFromDate(at(1520255229)), text);
-  }
+  for (const auto& [time, text] : rows) EXPECT_EQ(written("GMT", kIso, time), text);
 }
 
-TEST(SharedIso8601DateFormatter, ReadsBackWhatItWrites) {
+TEST(DateFormatter, WritesTheTimeAndTheYearOfTheZone) {
+  EXPECT_EQ(written("Asia/Kathmandu", kIso, 253402300799), "10000-01-01T05:44:59+05:45");
+  EXPECT_EQ(written("America/St_Johns", kIso, kVectors), "2018-03-05T09:37:09-03:30");
+}
+
+TEST(DateFormatter, RoundsOffsetsWithSecondsAndHalfAMinuteAwayFromZero) {
+  // POSIX counts westwards.
+  EXPECT_EQ(written("OFF-1:02:30", "Z", 0), "+0103");
+  EXPECT_EQ(written("OFF1:02:30", "Z", 0), "-0103");
+  EXPECT_EQ(written("OFF-0:53:28", kIso, -2500000000), "1890-10-11T20:26:20+00:53");
+}
+
+TEST(SharedIso8601DateFormatter, IsMadeOnceAndReadsBackWhatItWrites) {
+  const DateFormatter& shared = sharedIso8601DateFormatter();
+  EXPECT_EQ(&shared, &sharedIso8601DateFormatter());
   std::mt19937_64 random(20181105);
   for (const std::string zone : {"GMT", "Europe/Berlin", "America/St_Johns", "Asia/Kathmandu",
                                  "Australia/Lord_Howe", "Pacific/Apia"}) {
-    const InZone inZone(zone);
+    const ScopedEnvironment inZone("TZ", zone);
     for (int i = 0; i < 500; ++i) {
-      const auto date = at(static_cast<std::int64_t>(random() % 315000000000) - 62000000000);
-      const auto text = sharedIso8601DateFormatter().stringFromDate(date);
-      ASSERT_EQ(unixTime(sharedIso8601DateFormatter().dateFromString(text)), unixTime(date))
-          << text;
+      const auto time = static_cast<std::int64_t>(random() % 315000000000) - 62000000000;
+      const auto text = shared.stringFromDate(Date(std::chrono::seconds(time)));
+      ASSERT_EQ(read(zone, kIso, text), time) << text;
+      ASSERT_TRUE(shared.dateFromString(text) == Date(std::chrono::seconds(time))) << text;
     }
   }
 }

@@ -17,25 +17,24 @@ std::string pieces(std::string_view pattern) {
   return text;
 }
 
-TEST(ParseDatePattern, KnowsItsFields) {
-  EXPECT_EQ(pieces("yyyyMMddHHmmssZ"), "1234567");
-  EXPECT_EQ(pieces("ZZZZZ"), "8");
-  EXPECT_EQ(pieces("yyyy-MM-dd'T'HH:mm:ssZZZZZ"), "1<->2<->3<T>4<:>5<:>68");
-}
-
-TEST(ParseDatePattern, KeepsOtherTexts) {
-  EXPECT_EQ(pieces(""), "");
-  EXPECT_EQ(pieces("HH, mm."), "4<, >5<.>");
-  EXPECT_EQ(pieces("HH' o''clock 'mm"), "4< o'clock >5");
-  EXPECT_EQ(pieces("HH''mm"), "4<'>5");
-  EXPECT_EQ(pieces("''''"), "<''>");
-  EXPECT_EQ(pieces("'HH'"), "<HH>");
-  EXPECT_EQ(pieces("\xC3\xA9"), "<\xC3\xA9>");
+TEST(ParseDatePattern, KnowsItsFieldsAndKeepsOtherTexts) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"yyyyMMddHHmmssZ", "1234567"},
+      {"yyyy-MM-dd'T'HH:mm:ssZZZZZ", "1<->2<->3<T>4<:>5<:>68"},
+      {"", ""},
+      {"HH, mm.", "4<, >5<.>"},
+      {"HH' o''clock 'mm", "4< o'clock >5"},
+      {"HH''mm", "4<'>5"},
+      {"''''", "<''>"},
+      {"'HH'", "<HH>"},
+      {"\xC3\xA9", "<\xC3\xA9>"},
+  };
+  for (const auto& [pattern, expected] : rows) EXPECT_EQ(pieces(pattern), expected);
 }
 
 TEST(ParseDatePattern, IsAbsentForOtherLettersAndOpenQuotations) {
-  for (const std::string pattern : {"yy", "yyyyy", "MMM", "d", "hh", "H", "m", "s", "SSS", "ZZ",
-                                    "ZZZZ", "ZZZZZZ", "T", "EEE", "'T", "'", "HH'", "'''"}) {
+  for (const char* pattern : {"yy", "yyyyy", "MMM", "d", "hh", "H", "m", "s", "SSS", "ZZ", "ZZZZ",
+                              "ZZZZZZ", "T", "EEE", "'T", "'", "HH'", "'''"}) {
     EXPECT_EQ(pieces(pattern), "absent") << pattern;
   }
 }

@@ -1,228 +1,215 @@
+// Tests json/mapping/Decoder.h.
 #include "json/mapping/Decoder.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <set>
+#include <chrono>
+#include <map>
+#include <type_traits>
 
-#include "tests/json/mapping/InZone.h"
 #include "tests/json/mapping/Records.h"
-#include "tests/json/mapping/UnixTime.h"
 
 namespace Vastel_Connect {
 namespace {
 
-using testing::ElementsAre;
-using testing::Optional;
-using testing::Pair;
-using testing::UnorderedElementsAre;
+using namespace Decoder;
 
-/// What is no value for any function but those of its kind, one of each kind.
-const std::vector<std::pair<std::string, std::string>> kKinds = {
-    {"null", R"({"v":null})"},     {"boolean", R"({"v":true})"}, {"number", R"({"v":1})"},
-    {"text", R"({"v":"not it"})"}, {"array", R"({"v":[[]]})"},   {"object", R"({"v":{"a":"x"}})"},
-};
+/// A JSON text, and what is read where it stands.
+template <typename T>
+using Rows = std::map<std::string, std::optional<T>>;
 
-/// Reads `json` under "v". A missing key, and every kind that is not in `kinds`, must be absent.
-template <typename Decode>
-void expectAbsentForOtherKinds(const Decode& decode, const std::set<std::string>& kinds = {}) {
-  EXPECT_FALSE(decode(JSON{})) << "missing";
-  EXPECT_FALSE(decode(parsed(R"({"V":1})"))) << "missing";
-  int tried = 0;
-  for (const auto& [kind, json] : kKinds) {
-    if (kinds.contains(kind)) continue;
-    EXPECT_FALSE(decode(parsed(json))) << kind;
-    ++tried;
+/// What each function takes for no value, unless its rows say so: one of each kind.
+constexpr const char* kKinds[] = {"null", "true", "1", R"("not it")", "[[]]", R"({"a":"x"})"};
+
+/// Expects the function that `make` makes of a key path, and of a delimiter or none, to read what
+/// the rows say, and nothing of another kind or that is missing, by copies of both.
+template <typename T, typename Make>
+void expectDecodes(Make make, std::type_identity_t<Rows<T>> rows) {
+  for (const char* kind : kKinds) rows.emplace(kind, std::nullopt);
+  keyPathDelimiter = "/";
+  std::string path = "a/b";
+  const auto programWide = make(path);
+  keyPathDelimiter = ".";
+  std::string delimiter = "/";
+  const auto given = make(path, delimiter);
+  // Written over where they stand, for whoever still looks there.
+  path = "x.y";
+  delimiter = ".";
+  for (const auto& [value, expected] : rows) {
+    SCOPED_TRACE(value);
+    const JSON json = parsed(R"({"a":{"b":)" + value + R"(},"x":1})");
+    EXPECT_TRUE(programWide(json) == expected);
+    EXPECT_TRUE(given(json) == expected);
+    EXPECT_TRUE(make("a.b")(json) == expected);
+    EXPECT_FALSE(make("a.b", "/")(json));
+    EXPECT_FALSE(make("A.b")(json));
   }
-  EXPECT_GT(tried, 0);
 }
 
-TEST(Decode, GivesAValueOfItsType) {
-  EXPECT_EQ(Decoder::decode<int>("v")(parsed(R"({"v":5})")), 5);
-  EXPECT_EQ(Decoder::decode<bool>("v")(parsed(R"({"v":false})")), false);
-  EXPECT_EQ(Decoder::decode<std::string>("v")(parsed(R"({"v":"x"})")), "x");
-  EXPECT_EQ(Decoder::decode<JsonValue>("v")(parsed(R"({"v":null})")), JsonValue(nullptr));
-  EXPECT_THAT(Decoder::decode<std::vector<int>>("v")(parsed(R"({"v":[2,1]})")),
-              Optional(ElementsAre(2, 1)));
+TEST(Decode, ReadsAValueOfItsType) {
+  expectDecodes<int>([](auto... given) { return decode<int>(given...); }, {{"1", 1}});
+  expectDecodes<bool>([](auto... given) { return decode<bool>(given...); },
+                      {{"true", true}, {"false", false}});
+  expectDecodes<std::string>([](auto... given) { return decode<std::string>(given...); },
+                             {{R"("not it")", "not it"}, {R"("")", ""}});
+  expectDecodes<std::vector<int>>([](auto... given) { return decode<std::vector<int>>(given...); },
+                                  {{"[2,1]", std::vector{2, 1}}, {"[]", std::vector<int>{}}});
+  EXPECT_EQ(decode<JsonValue>("v")(parsed(R"({"v":null})")), JsonValue(nullptr));
 }
 
-TEST(Decode, IsAbsentForOtherKinds) {
-  expectAbsentForOtherKinds(Decoder::decode<int>("v"), {"number"});
-  expectAbsentForOtherKinds(Decoder::decode<bool>("v"), {"boolean"});
-  expectAbsentForOtherKinds(Decoder::decode<std::string>("v"), {"text"});
-  expectAbsentForOtherKinds(Decoder::decode<std::vector<int>>("v"));
-}
-
-TEST(Decode, FollowsAKeyPath) {
+TEST(Decode, FollowsAKeyPathIntoDictionariesOnly) {
   const auto json = parsed(R"({"a":{"b":{"c":7}},"x":[{"b":7}],"a/b":8})");
-  EXPECT_EQ(Decoder::decode<int>("a.b.c")(json), 7);
-  EXPECT_EQ(Decoder::decode<int>("a/b/c", "/")(json), 7);
-  EXPECT_EQ(Decoder::decode<int>("a/b")(json), 8);
-  EXPECT_EQ(Decoder::decode<int>("a.b.d")(json), std::nullopt);
-  EXPECT_EQ(Decoder::decode<int>("a.b.c.d")(json), std::nullopt);
-  EXPECT_EQ(Decoder::decode<int>("x.b")(json), std::nullopt);
-  EXPECT_EQ(Decoder::decode<int>("x.0.b")(json), std::nullopt);
+  EXPECT_EQ(decode<int>("a.b.c")(json), 7);
+  EXPECT_EQ(decode<int>("a/b")(json), 8);
+  for (const char* path : {"a.b.d", "a.b.c.d", "x.b", "x.0.b"}) {
+    EXPECT_EQ(decode<int>(path)(json), std::nullopt) << path;
+  }
 }
+
+using Smalls = std::vector<Small>;
 
 TEST(DecodeRecord, BuildsTheRecord) {
-  const auto decode = Decoder::decodeRecord<Small>("v");
-  EXPECT_EQ(decode(parsed(R"({"v":{"n":3}})")), Small{3});
-  EXPECT_EQ(decode(parsed(R"({"v":{"n":"3"}})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
+  expectDecodes<Small>([](auto... given) { return decodeRecord<Small>(given...); },
+                       {{R"({"n":3})", Small{3}}, {R"({"n":"3"})", std::nullopt}});
 }
 
 TEST(DecodeRecordArray, BuildsAllRecordsOrNone) {
-  const auto decode = Decoder::decodeRecordArray<Small>("v");
-  EXPECT_THAT(decode(parsed(R"({"v":[{"n":3},{"n":1}]})")),
-              Optional(ElementsAre(Small{3}, Small{1})));
-  EXPECT_THAT(decode(parsed(R"({"v":[]})")), Optional(ElementsAre()));
-  EXPECT_EQ(decode(parsed(R"({"v":[{"n":3},{}]})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":[{"n":3},3]})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
+  expectDecodes<Smalls>([](auto... given) { return decodeRecordArray<Small>(given...); },
+                        {{R"([{"n":3},{"n":1}])", Smalls{{3}, {1}}},
+                         {"[]", Smalls{}},
+                         {R"([{"n":3},{}])", std::nullopt},
+                         {R"([{"n":3},3])", std::nullopt}});
 }
 
-TEST(DecodeRecordDictionary, DropsRecordsThatFail) {
-  const auto decode = Decoder::decodeRecordDictionary<Small>("v");
-  EXPECT_THAT(decode(parsed(R"({"v":{"a":{"n":3},"b":{},"c":{"n":1}}})")),
-              Optional(UnorderedElementsAre(Pair("a", Small{3}), Pair("c", Small{1}))));
-  EXPECT_THAT(decode(parsed(R"({"v":{"b":{}}})")), Optional(UnorderedElementsAre()));
-  EXPECT_THAT(decode(parsed(R"({"v":{}})")), Optional(UnorderedElementsAre()));
+TEST(DecodeRecordDictionary, DropsARecordThatFailsAndIsAbsentForAValueThatIsNoDictionary) {
+  using Records = Dictionary<Small>;
+  expectDecodes<Records>([](auto... given) { return decodeRecordDictionary<Small>(given...); },
+                         {{R"({"a":{"n":3},"b":{},"c":{"n":1}})", Records{{"a", {3}}, {"c", {1}}}},
+                          {R"({"b":{}})", Records{}},
+                          {"{}", Records{}},
+                          {R"({"a":{"n":3},"b":3})", std::nullopt},
+                          {R"({"a":{"n":3},"b":null})", std::nullopt}});
 }
 
-TEST(DecodeRecordDictionary, IsAbsentForAValueThatIsNoDictionary) {
-  const auto decode = Decoder::decodeRecordDictionary<Small>("v");
-  EXPECT_EQ(decode(parsed(R"({"v":{"a":{"n":3},"b":3}})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":{"a":{"n":3},"b":null}})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
+TEST(DecodeRecordArrayDictionary, DropsAnArrayThatFailsAndIsAbsentForOneThatIsNotOfDictionaries) {
+  using Records = Dictionary<Smalls>;
+  expectDecodes<Records>([](auto... given) { return decodeRecordArrayDictionary<Small>(given...); },
+                         {{R"({"a":[{"n":3},{"n":1}],"b":[{"n":3},{}],"c":[]})",
+                           Records{{"a", {{3}, {1}}}, {"c", Smalls{}}}},
+                          {"{}", Records{}},
+                          {R"({"a":[{"n":3}],"b":{"n":3}})", std::nullopt},
+                          {R"({"a":[{"n":3}],"b":[{"n":3},3]})", std::nullopt}});
 }
 
-TEST(DecodeRecordArrayDictionary, DropsArraysOfWhichARecordFails) {
-  const auto decode = Decoder::decodeRecordArrayDictionary<Small>("v");
-  EXPECT_THAT(decode(parsed(R"({"v":{"a":[{"n":3},{"n":1}],"b":[{"n":3},{}],"c":[]}})")),
-              Optional(UnorderedElementsAre(Pair("a", ElementsAre(Small{3}, Small{1})),
-                                            Pair("c", ElementsAre()))));
-  EXPECT_THAT(decode(parsed(R"({"v":{}})")), Optional(UnorderedElementsAre()));
-}
-
-TEST(DecodeRecordArrayDictionary, IsAbsentForAValueThatIsNoArrayOfDictionaries) {
-  const auto decode = Decoder::decodeRecordArrayDictionary<Small>("v");
-  EXPECT_EQ(decode(parsed(R"({"v":{"a":[{"n":3}],"b":{"n":3}}})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":{"a":[{"n":3}],"b":[{"n":3},3]}})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
-}
-
-TEST(DecodeEnum, TakesAKnownRawText) {
-  const auto decode = Decoder::decodeEnum<Color>("v");
-  EXPECT_EQ(decode(parsed(R"({"v":"green"})")), Color::Green);
-  EXPECT_EQ(decode(parsed(R"({"v":"Green"})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":""})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
-}
-
-TEST(DecodeEnum, TakesAKnownRawNumber) {
-  const auto decode = Decoder::decodeEnum<Level>("v");
-  EXPECT_EQ(decode(parsed(R"({"v":10})")), Level::High);
-  EXPECT_EQ(decode(parsed(R"({"v":2})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":1.5})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":4294967297})")), std::nullopt);
-  expectAbsentForOtherKinds(decode, {"number"});
+TEST(DecodeEnum, TakesAKnownRawValue) {
+  expectDecodes<Color>(
+      [](auto... given) { return decodeEnum<Color>(given...); },
+      {{R"("green")", Color::Green}, {R"("Green")", std::nullopt}, {R"("")", std::nullopt}});
+  expectDecodes<Level>([](auto... given) { return decodeEnum<Level>(given...); },
+                       {{"1", Level::Low},
+                        {"10", Level::High},
+                        {"2", std::nullopt},
+                        {"1.5", std::nullopt},
+                        {"4294967297", std::nullopt}});
 }
 
 TEST(DecodeEnumArray, TakesAllOrNone) {
-  const auto decode = Decoder::decodeEnumArray<Color>("v");
-  EXPECT_THAT(decode(parsed(R"({"v":["green","red","green"]})")),
-              Optional(ElementsAre(Color::Green, Color::Red, Color::Green)));
-  EXPECT_THAT(decode(parsed(R"({"v":[]})")), Optional(ElementsAre()));
-  EXPECT_EQ(decode(parsed(R"({"v":["green","blue"]})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":["green",1]})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
+  using Colors = std::vector<Color>;
+  expectDecodes<Colors>([](auto... given) { return decodeEnumArray<Color>(given...); },
+                        {{R"(["green","red"])", Colors{Color::Green, Color::Red}},
+                         {"[]", Colors{}},
+                         {R"(["green","blue"])", std::nullopt},
+                         {R"(["green",1])", std::nullopt}});
 }
 
-TEST(DecodeIntegers, ConvertNumbersAndBooleans) {
-  const auto json = parsed(R"({"i":-1,"r":2.9,"b":true,"big":4294967301,"far":1e300})");
-  EXPECT_EQ(Decoder::decodeInt32("i")(json), -1);
-  EXPECT_EQ(Decoder::decodeUInt32("i")(json), 4294967295U);
-  EXPECT_EQ(Decoder::decodeInt64("i")(json), -1);
-  EXPECT_EQ(Decoder::decodeUInt64("i")(json), 18446744073709551615U);
-  EXPECT_EQ(Decoder::decodeInt32("r")(json), 2);
-  EXPECT_EQ(Decoder::decodeUInt64("b")(json), 1U);
-  EXPECT_EQ(Decoder::decodeInt32("big")(json), 5);
-  EXPECT_EQ(Decoder::decodeUInt32("big")(json), 5U);
-  EXPECT_EQ(Decoder::decodeInt64("big")(json), 4294967301);
-  EXPECT_EQ(Decoder::decodeInt32("far")(json), 2147483647);
+/// -1 is converted to the highest value of a type without a sign; the last is 2^32 + 5.
+template <typename T, typename Make>
+void expectDecodesIntegers(Make make) {
+  const auto any = static_cast<T>(4294967301);
+  expectDecodes<T>(
+      make, {{"-1", static_cast<T>(-1)}, {"1", 1}, {"2.9", 2}, {"true", 1}, {"4294967301", any}});
 }
 
-TEST(DecodeIntegers, AreAbsentForOtherKinds) {
-  expectAbsentForOtherKinds(Decoder::decodeInt32("v"), {"number", "boolean"});
-  expectAbsentForOtherKinds(Decoder::decodeUInt32("v"), {"number", "boolean"});
-  expectAbsentForOtherKinds(Decoder::decodeInt64("v"), {"number", "boolean"});
-  expectAbsentForOtherKinds(Decoder::decodeUInt64("v"), {"number", "boolean"});
+template <typename T, typename Make>
+void expectDecodesIntegerArrays(Make make) {
+  using Array = std::vector<T>;
+  expectDecodes<Array>(make, {{"[-1,2.9,true,4294967301]",
+                               Array{static_cast<T>(-1), 2, 1, static_cast<T>(4294967301)}},
+                              {"[]", Array{}},
+                              {R"([1,"1"])", std::nullopt},
+                              {"[1,null]", std::nullopt}});
 }
 
-TEST(DecodeIntegerArrays, ConvertEachElement) {
-  const auto json = parsed(R"({"v":[-1,2.9,true,4294967301],"none":[]})");
-  EXPECT_THAT(Decoder::decodeInt32Array("v")(json), Optional(ElementsAre(-1, 2, 1, 5)));
-  EXPECT_THAT(Decoder::decodeUInt32Array("v")(json), Optional(ElementsAre(4294967295U, 2, 1, 5)));
-  EXPECT_THAT(Decoder::decodeInt64Array("v")(json), Optional(ElementsAre(-1, 2, 1, 4294967301)));
-  EXPECT_THAT(Decoder::decodeUInt64Array("v")(json),
-              Optional(ElementsAre(18446744073709551615U, 2, 1, 4294967301U)));
-  EXPECT_THAT(Decoder::decodeInt32Array("none")(json), Optional(ElementsAre()));
+TEST(DecodeIntegers, ConvertNumbersAndBooleansAlone) {
+  expectDecodesIntegers<std::int32_t>([](auto... given) { return decodeInt32(given...); });
+  expectDecodesIntegers<std::uint32_t>([](auto... given) { return decodeUInt32(given...); });
+  expectDecodesIntegers<std::int64_t>([](auto... given) { return decodeInt64(given...); });
+  expectDecodesIntegers<std::uint64_t>([](auto... given) { return decodeUInt64(given...); });
 }
 
-template <typename Decode>
-void expectNumbersOnly(const Decode& decode) {
-  EXPECT_TRUE(decode(parsed(R"({"v":[1]})")));
-  EXPECT_FALSE(decode(parsed(R"({"v":[1,"1"]})")));
-  EXPECT_FALSE(decode(parsed(R"({"v":[1,null]})")));
-  expectAbsentForOtherKinds(decode);
+TEST(DecodeIntegerArrays, ConvertAllElementsOrNone) {
+  expectDecodesIntegerArrays<std::int32_t>(
+      [](auto... given) { return decodeInt32Array(given...); });
+  expectDecodesIntegerArrays<std::uint32_t>(
+      [](auto... given) { return decodeUInt32Array(given...); });
+  expectDecodesIntegerArrays<std::int64_t>(
+      [](auto... given) { return decodeInt64Array(given...); });
+  expectDecodesIntegerArrays<std::uint64_t>(
+      [](auto... given) { return decodeUInt64Array(given...); });
 }
 
-TEST(DecodeIntegerArrays, AreAbsentForOneElementThatIsNoNumber) {
-  expectNumbersOnly(Decoder::decodeInt32Array("v"));
-  expectNumbersOnly(Decoder::decodeUInt32Array("v"));
-  expectNumbersOnly(Decoder::decodeInt64Array("v"));
-  expectNumbersOnly(Decoder::decodeUInt64Array("v"));
-}
+const Date kDate = Date(std::chrono::seconds(1520255229));
 
-TEST(DecodeDate, ReadsIso8601UnlessToldOtherwise) {
-  const InZone zone("Europe/Berlin");
-  const auto decode = Decoder::decodeDate("v");
-  EXPECT_EQ(unixTime(decode(parsed(R"({"v":"2018-03-05T14:07:09+01:00"})"))), 1520255229);
-  EXPECT_FALSE(decode(parsed(R"({"v":"2018-03-05 14:07:09"})")));
-  expectAbsentForOtherKinds(decode);
-  const auto local = DateFormatter::forPattern("yyyy-MM-dd HH:mm:ss");
-  EXPECT_EQ(unixTime(Decoder::decodeDate("v", *local)(parsed(R"({"v":"2018-03-05 14:07:09"})"))),
-            1520255229);
+TEST(DecodeDate, ReadsIso8601) {
+  expectDecodes<Date>(
+      [](std::string_view path, auto... given) {
+        if constexpr (sizeof...(given) == 0) return decodeDate(path);
+        return decodeDate(path, sharedIso8601DateFormatter(), given...);
+      },
+      {{R"("2018-03-05T14:07:09+01:00")", kDate}, {R"("2018-03-05 14:07:09")", std::nullopt}});
 }
 
 TEST(DecodeDateArray, ReadsAllOrNone) {
-  const auto decode = Decoder::decodeDateArray("v");
-  const auto dates = decode(parsed(R"({"v":["2018-03-05T13:07:09Z","1970-01-01T00:00:00Z"]})"));
-  ASSERT_TRUE(dates && dates->size() == 2);
-  EXPECT_EQ(unixTime(dates->at(0)), 1520255229);
-  EXPECT_EQ(unixTime(dates->at(1)), 0);
-  EXPECT_TRUE(decode(parsed(R"({"v":[]})")).value().empty());
-  EXPECT_FALSE(decode(parsed(R"({"v":["2018-03-05T13:07:09Z","today"]})")));
-  EXPECT_FALSE(decode(parsed(R"({"v":["2018-03-05T13:07:09Z",0]})")));
-  expectAbsentForOtherKinds(decode);
+  using Dates = std::vector<Date>;
+  expectDecodes<Dates>(
+      [](std::string_view path, auto... given) {
+        if constexpr (sizeof...(given) == 0) return decodeDateArray(path);
+        return decodeDateArray(path, sharedIso8601DateFormatter(), given...);
+      },
+      {{R"(["2018-03-05T13:07:09Z","1970-01-01T00:00:00Z"])", Dates{kDate, Date()}},
+       {"[]", Dates{}},
+       {R"(["2018-03-05T13:07:09Z","today"])", std::nullopt},
+       {R"(["2018-03-05T13:07:09Z",0])", std::nullopt}});
+}
+
+TEST(DecodeDate, KeepsACopyOfTheFormatterThatItIsGiven) {
+  auto formatter = *DateFormatter::forPattern("yyyy Z");
+  const auto decode = decodeDate("v", formatter);
+  const auto decodeArray = decodeDateArray("v", formatter);
+  formatter = *DateFormatter::forPattern("'other'");
+  EXPECT_TRUE(decode(parsed(R"({"v":"1970 +0000"})")) == Date());
+  EXPECT_TRUE(decodeArray(parsed(R"({"v":["1970 +0000"]})")) == std::vector{Date()});
+}
+
+Url url(std::string_view text) {
+  return *Url::fromText(text);
 }
 
 TEST(DecodeUrl, EncodesTheText) {
-  const auto decode = Decoder::decodeUrl("v");
-  EXPECT_EQ(decode(parsed(R"({"v":"http://h/a?b=c d\u00e9%20"})"))->absoluteString(),
-            "http://h/a?b=c%20d%C3%A9%2520");
-  EXPECT_EQ(decode(parsed(R"({"v":""})"))->absoluteString(), "");
-  EXPECT_EQ(decode(JSON{{"v", "\xFF"}}), std::nullopt);
-  expectAbsentForOtherKinds(decode, {"text"});
+  expectDecodes<Url>([](auto... given) { return decodeUrl(given...); },
+                     {{R"("not it")", url("not%20it")},
+                      {R"("http://h/a?b=c d\u00e9%20")", url("http://h/a?b=c%20d%C3%A9%2520")},
+                      {R"("")", url("")}});
+  EXPECT_EQ(decodeUrl("v")(JSON{{"v", "\xFF"}}), std::nullopt);
 }
 
 TEST(DecodeUrlArray, TakesEachTextAsItStands) {
-  const auto decode = Decoder::decodeUrlArray("v");
-  EXPECT_THAT(decode(parsed(R"({"v":["http://h/%20","x"]})")),
-              Optional(ElementsAre(*Url::fromText("http://h/%20"), *Url::fromText("x"))));
-  EXPECT_THAT(decode(parsed(R"({"v":[]})")), Optional(ElementsAre()));
-  EXPECT_EQ(decode(parsed(R"({"v":["http://h/","a b"]})")), std::nullopt);
-  EXPECT_EQ(decode(parsed(R"({"v":["http://h/",1]})")), std::nullopt);
-  expectAbsentForOtherKinds(decode);
+  using Urls = std::vector<Url>;
+  expectDecodes<Urls>([](auto... given) { return decodeUrlArray(given...); },
+                      {{R"(["http://h/%20","x"])", Urls{url("http://h/%20"), url("x")}},
+                       {"[]", Urls{}},
+                       {R"(["http://h/","a b"])", std::nullopt},
+                       {R"(["http://h/",1])", std::nullopt}});
 }
 
 }  // namespace

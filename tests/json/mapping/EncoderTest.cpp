@@ -1,160 +1,129 @@
+// Tests json/mapping/Encoder.h.
 #include "json/mapping/Encoder.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <limits>
+#include <type_traits>
 
-#include "tests/json/mapping/InZone.h"
 #include "tests/json/mapping/Records.h"
+#include "tests/platform/ScopedEnvironment.h"
 
 namespace Vastel_Connect {
 namespace {
 
-/// The dictionary as JSON text.
-std::string text(const std::optional<JSON>& json) {
-  return json ? *writeJsonText(*json) : "absent";
+using namespace Encoder;
+
+/// A value, and the JSON text that is stored for it; an empty one where nothing is.
+template <typename T>
+using Rows = std::vector<std::pair<T, std::string>>;
+
+/// Expects the function that `make` makes of a key path to store what the rows say under a copy of
+/// the whole path, and nothing for an absent value.
+template <typename T, typename Make>
+void expectEncodes(Make make, const std::type_identity_t<Rows<T>>& rows) {
+  std::string path = "a.b";
+  const Encode<T> encode = make(path);
+  // Written over where it stands, for whoever still looks there.
+  path = "x.y";
+  EXPECT_FALSE(encode(std::nullopt));
+  EXPECT_FALSE(rows.empty());
+  for (const auto& [value, stored] : rows) {
+    const auto json = encode(value);
+    const std::string text = json ? *writeJsonText(*json) : "";
+    EXPECT_EQ(text, stored.empty() ? "" : R"({"a.b":)" + stored + "}");
+  }
 }
 
 TEST(Encode, StoresAValueAsItIs) {
-  EXPECT_EQ(text(Encoder::encode<bool>("v")(true)), R"({"v":true})");
-  EXPECT_EQ(text(Encoder::encode<std::string>("v")("x")), R"({"v":"x"})");
-  EXPECT_EQ(text(Encoder::encode<JsonValue>("v")(JsonValue(nullptr))), R"({"v":null})");
-  EXPECT_EQ(text(Encoder::encode<Dictionary<int>>("v")(Dictionary<int>{{"a", 1}})),
-            R"({"v":{"a":1}})");
-  EXPECT_EQ(text(Encoder::encode<std::vector<int>>("v")(std::vector<int>{})), R"({"v":[]})");
-}
-
-TEST(Encode, LeavesTheKeyPathWhole) {
-  EXPECT_EQ(text(Encoder::encode<int>("a.b")(1)), R"({"a.b":1})");
-  EXPECT_EQ(text(Encoder::encode<int>("")(1)), R"({"":1})");
-}
-
-template <typename T>
-void expectAbsent(const Encoder::Encode<T>& encode) {
-  EXPECT_EQ(text(encode(std::nullopt)), "absent");
-}
-
-TEST(Encode, IsAbsentForAnAbsentValue) {
-  expectAbsent(Encoder::encode<std::string>("v"));
-  expectAbsent(Encoder::encodeRecord<Small>("v"));
-  expectAbsent(Encoder::encodeRecordArray<Small>("v"));
-  expectAbsent(Encoder::encodeRecordDictionary<Small>("v"));
-  expectAbsent(Encoder::encodeRecordArrayDictionary<Small>("v"));
-  expectAbsent(Encoder::encodeEnum<Color>("v"));
-  expectAbsent(Encoder::encodeEnumArray<Color>("v"));
-  expectAbsent(Encoder::encodeInt32("v"));
-  expectAbsent(Encoder::encodeUInt32("v"));
-  expectAbsent(Encoder::encodeInt64("v"));
-  expectAbsent(Encoder::encodeUInt64("v"));
-  expectAbsent(Encoder::encodeInt32Array("v"));
-  expectAbsent(Encoder::encodeUInt32Array("v"));
-  expectAbsent(Encoder::encodeInt64Array("v"));
-  expectAbsent(Encoder::encodeUInt64Array("v"));
-  expectAbsent(Encoder::encodeDate("v"));
-  expectAbsent(Encoder::encodeDateArray("v"));
-  expectAbsent(Encoder::encodeUrl("v"));
-  expectAbsent(Encoder::encodeUuid("v"));
+  expectEncodes<bool>(encode<bool>, {{true, "true"}});
+  expectEncodes<std::string>(encode<std::string>, {{"x", R"("x")"}});
+  expectEncodes<JsonValue>(encode<JsonValue>, {{JsonValue(nullptr), "null"}});
+  expectEncodes<Dictionary<int>>(encode<Dictionary<int>>, {{{{"a", 1}}, R"({"a":1})"}});
+  expectEncodes<std::vector<int>>(encode<std::vector<int>>, {{{}, "[]"}});
 }
 
 TEST(EncodeRecord, StoresTheRecordsDictionary) {
-  const auto encode = Encoder::encodeRecord<Small>("v");
-  EXPECT_EQ(text(encode(Small{3})), R"({"v":{"n":3}})");
-  EXPECT_EQ(text(encode(Small{-1})), "absent");
+  expectEncodes<Small>(encodeRecord<Small>, {{{3}, R"({"n":3})"}, {{-1}, ""}});
 }
+
+using Smalls = std::vector<Small>;
 
 TEST(EncodeRecordArray, StoresAllRecordsOrNone) {
-  const auto encode = Encoder::encodeRecordArray<Small>("v");
-  EXPECT_EQ(text(encode({{{3}, {1}}})), R"({"v":[{"n":3},{"n":1}]})");
-  EXPECT_EQ(text(encode(std::vector<Small>{})), R"({"v":[]})");
-  EXPECT_EQ(text(encode({{{3}, {-1}}})), "absent");
+  expectEncodes<Smalls>(
+      encodeRecordArray<Small>,
+      {{Smalls{{3}, {1}}, R"([{"n":3},{"n":1}])"}, {{}, "[]"}, {{{3}, {-1}}, ""}});
 }
 
-TEST(EncodeRecordDictionary, DropsARecordThatHasNone) {
-  const auto encode = Encoder::encodeRecordDictionary<Small>("v");
-  EXPECT_EQ(text(encode(Dictionary<Small>{{"a", {3}}, {"b", {-1}}, {"c", {1}}})),
-            R"({"v":{"a":{"n":3},"c":{"n":1}}})");
-  EXPECT_EQ(text(encode(Dictionary<Small>{{"b", {-1}}})), R"({"v":{}})");
-  EXPECT_EQ(text(encode(Dictionary<Small>{})), R"({"v":{}})");
+TEST(EncodeRecordDictionary, DropsARecordThatHasNoForm) {
+  expectEncodes<Dictionary<Small>>(
+      encodeRecordDictionary<Small>,
+      {{{{"a", {3}}, {"b", {-1}}, {"c", {1}}}, R"({"a":{"n":3},"c":{"n":1}})"},
+       {{{"b", {-1}}}, "{}"},
+       {{}, "{}"}});
 }
 
-TEST(EncodeRecordArrayDictionary, DropsAnArrayWithARecordThatHasNone) {
-  const auto encode = Encoder::encodeRecordArrayDictionary<Small>("v");
-  EXPECT_EQ(text(encode(Dictionary<std::vector<Small>>{
-                {"a", {{3}, {1}}}, {"b", {{3}, {-1}}}, {"c", std::vector<Small>{}}})),
-            R"({"v":{"a":[{"n":3},{"n":1}],"c":[]}})");
+TEST(EncodeRecordArrayDictionary, DropsAnArrayWithARecordThatHasNoForm) {
+  expectEncodes<Dictionary<Smalls>>(encodeRecordArrayDictionary<Small>,
+                                    {{{{"a", {{3}, {1}}}, {"b", {{3}, {-1}}}, {"c", Smalls{}}},
+                                      R"({"a":[{"n":3},{"n":1}],"c":[]})"}});
 }
 
-TEST(EncodeEnum, StoresTheRawValue) {
-  EXPECT_EQ(text(Encoder::encodeEnum<Color>("v")(Color::Green)), R"({"v":"green"})");
-  EXPECT_EQ(text(Encoder::encodeEnum<Level>("v")(Level::High)), R"({"v":10})");
+TEST(EncodeEnum, StoresTheRawValueAndAnEmptyOneForWhatIsNoCase) {
+  expectEncodes<Color>(encodeEnum<Color>,
+                       {{Color::Green, R"("green")"}, {static_cast<Color>(2), R"("")"}});
+  expectEncodes<Level>(encodeEnum<Level>, {{Level::High, "10"}, {static_cast<Level>(2), "0"}});
+  expectEncodes<std::vector<Color>>(encodeEnumArray<Color>,
+                                    {{{Color::Green, Color::Red}, R"(["green","red"])"}});
+  expectEncodes<std::vector<Level>>(encodeEnumArray<Level>, {{{}, "[]"}});
 }
 
-TEST(EncodeEnum, StoresAnEmptyRawValueForWhatIsNoCase) {
-  EXPECT_EQ(text(Encoder::encodeEnum<Color>("v")(static_cast<Color>(2))), R"({"v":""})");
-  EXPECT_EQ(text(Encoder::encodeEnum<Level>("v")(static_cast<Level>(2))), R"({"v":0})");
-}
-
-TEST(EncodeEnumArray, StoresTheRawValues) {
-  EXPECT_EQ(text(Encoder::encodeEnumArray<Color>("v")({{Color::Green, Color::Red}})),
-            R"({"v":["green","red"]})");
-  EXPECT_EQ(text(Encoder::encodeEnumArray<Level>("v")(std::vector<Level>{})), R"({"v":[]})");
+/// From the type's lowest value, or from its highest.
+template <typename T, typename Make, typename MakeArray>
+void expectEncodesIntegers(Make make, MakeArray makeArray, T edge) {
+  const std::string text = std::to_string(edge);
+  expectEncodes<T>(make, {{edge, text}, {1, "1"}});
+  expectEncodes<std::vector<T>>(makeArray, {{{1, edge}, "[1," + text + "]"}, {{}, "[]"}});
 }
 
 TEST(EncodeIntegers, StoreNumbers) {
   using std::numeric_limits;
-  EXPECT_EQ(text(Encoder::encodeInt32("v")(numeric_limits<std::int32_t>::min())),
-            R"({"v":-2147483648})");
-  EXPECT_EQ(text(Encoder::encodeUInt32("v")(numeric_limits<std::uint32_t>::max())),
-            R"({"v":4294967295})");
-  EXPECT_EQ(text(Encoder::encodeInt64("v")(numeric_limits<std::int64_t>::min())),
-            R"({"v":-9223372036854775808})");
-  EXPECT_EQ(text(Encoder::encodeUInt64("v")(numeric_limits<std::uint64_t>::max())),
-            R"({"v":18446744073709551615})");
+  expectEncodesIntegers(encodeInt32, encodeInt32Array, numeric_limits<std::int32_t>::min());
+  expectEncodesIntegers(encodeUInt32, encodeUInt32Array, numeric_limits<std::uint32_t>::max());
+  expectEncodesIntegers(encodeInt64, encodeInt64Array, numeric_limits<std::int64_t>::min());
+  expectEncodesIntegers(encodeUInt64, encodeUInt64Array, numeric_limits<std::uint64_t>::max());
 }
 
-TEST(EncodeIntegerArrays, StoreNumbers) {
-  EXPECT_EQ(text(Encoder::encodeInt32Array("v")({{1, -2}})), R"({"v":[1,-2]})");
-  EXPECT_EQ(text(Encoder::encodeUInt32Array("v")({{1, 4294967295U}})), R"({"v":[1,4294967295]})");
-  EXPECT_EQ(text(Encoder::encodeInt64Array("v")({{1, -4294967296}})), R"({"v":[1,-4294967296]})");
-  EXPECT_EQ(text(Encoder::encodeUInt64Array("v")({{1, 18446744073709551615U}})),
-            R"({"v":[1,18446744073709551615]})");
-  EXPECT_EQ(text(Encoder::encodeInt32Array("v")(std::vector<std::int32_t>{})), R"({"v":[]})");
+TEST(EncodeDate, WritesIso8601ForEveryDate) {
+  const ScopedEnvironment zone("TZ", "GMT");
+  const Date date(std::chrono::seconds(1520255229));
+  const Date far(std::chrono::seconds(400000000000));
+  expectEncodes<Date>([](std::string_view path) { return encodeDate(path); },
+                      {{date, R"("2018-03-05T13:07:09Z")"}, {far, R"("14645-06-30T15:06:40Z")"}});
+  expectEncodes<std::vector<Date>>(
+      [](std::string_view path) { return encodeDateArray(path); },
+      {{{date, far}, R"(["2018-03-05T13:07:09Z","14645-06-30T15:06:40Z"])"}, {{}, "[]"}});
 }
 
-const Date kDate = Date(std::chrono::seconds(1520255229));
-const Date kFarDate = Date(std::chrono::seconds(400000000000));
-
-TEST(EncodeDate, WritesIso8601UnlessToldOtherwise) {
-  const InZone zone("Europe/Berlin");
-  EXPECT_EQ(text(Encoder::encodeDate("v")(kDate)), R"({"v":"2018-03-05T14:07:09+01:00"})");
-  EXPECT_EQ(text(Encoder::encodeDate("v", *DateFormatter::forPattern("HH:mm"))(kDate)),
-            R"({"v":"14:07"})");
-}
-
-TEST(EncodeDate, WritesEveryDate) {
-  const InZone zone("GMT");
-  EXPECT_EQ(text(Encoder::encodeDate("v")(kFarDate)), R"({"v":"14645-06-30T15:06:40Z"})");
-}
-
-TEST(EncodeDateArray, WritesEveryDate) {
-  const InZone zone("GMT");
-  const auto encode = Encoder::encodeDateArray("v");
-  EXPECT_EQ(text(encode({{kDate, Date()}})),
-            R"({"v":["2018-03-05T13:07:09Z","1970-01-01T00:00:00Z"]})");
-  EXPECT_EQ(text(encode(std::vector<Date>{})), R"({"v":[]})");
-  EXPECT_EQ(text(encode({{kDate, kFarDate}})),
-            R"({"v":["2018-03-05T13:07:09Z","14645-06-30T15:06:40Z"]})");
+TEST(EncodeDate, KeepsACopyOfTheFormatterThatItIsGiven) {
+  auto formatter = *DateFormatter::forPattern("'x'");
+  const auto encode = encodeDate("v", formatter);
+  const auto encodeArray = encodeDateArray("v", formatter);
+  formatter = *DateFormatter::forPattern("'other'");
+  EXPECT_EQ(encode(Date()), parsed(R"({"v":"x"})"));
+  EXPECT_EQ(encodeArray(std::vector{Date()}), parsed(R"({"v":["x"]})"));
 }
 
 TEST(EncodeUrl, StoresTheAbsoluteString) {
-  EXPECT_EQ(text(Encoder::encodeUrl("v")(Url::fromText("http://h/%20"))),
-            R"({"v":"http://h/%20"})");
+  expectEncodes<Url>(encodeUrl, {{*Url::fromText("http://h/%20"), R"("http://h/%20")"}});
 }
 
-TEST(EncodeUuid, StoresTheUuidString) {
-  EXPECT_EQ(text(Encoder::encodeUuid("v")(Uuid{{0xAB}})),
-            R"({"v":"AB000000-0000-0000-0000-000000000000"})");
+TEST(EncodeUuid, StoresTheUuidInCapitals) {
+  const Uuid uuid = {{0xE6, 0x21, 0xE1, 0xF8, 0xC3, 0x6C, 0x49, 0x5A,  //
+                      0x93, 0xFC, 0x0C, 0x24, 0x7A, 0x3E, 0x6E, 0x5F}};
+  expectEncodes<Uuid>(encodeUuid, {{uuid, R"("E621E1F8-C36C-495A-93FC-0C247A3E6E5F")"},
+                                   {{}, R"("00000000-0000-0000-0000-000000000000")"}});
 }
 
 }  // namespace
