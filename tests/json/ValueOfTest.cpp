@@ -23,18 +23,18 @@ JsonValue json(std::string_view text) {
   return parseJsonText("[" + std::string(text) + "]")->get_array().at(0);
 }
 
+using Texts = std::vector<std::string>;
+
 /// The texts of which valueOf<T> makes a value.
 template <typename T>
-std::vector<std::string> taken(std::vector<std::string> texts) {
+Texts taken(Texts texts) {
   std::erase_if(texts, [](const std::string& text) { return !valueOf<T>(json(text)); });
   return texts;
 }
 
-const std::vector<std::string> kKinds = {"null", "true",   "2",   "2.0",
-                                         "2.5",  R"("2")", "[2]", R"({"a":2})"};
+const Texts kKinds = {"null", "true", "2", "2.0", "2.5", R"("2")", "[2]", R"({"a":2})"};
 
 TEST(ValueOf, TakesOnlyValuesOfTheTypesKind) {
-  using Texts = std::vector<std::string>;
   EXPECT_EQ(taken<bool>(kKinds), (Texts{"true"}));
   EXPECT_EQ(taken<int>(kKinds), (Texts{"2", "2.0"}));
   EXPECT_EQ(taken<std::uint64_t>(kKinds), (Texts{"2", "2.0"}));
@@ -60,7 +60,6 @@ TEST(ValueOf, GivesTheValue) {
 }
 
 TEST(ValueOf, TakesIntegersThatTheTypeHolds) {
-  using Texts = std::vector<std::string>;
   EXPECT_EQ(taken<std::int8_t>({"-129", "-128", "127", "128", "1.5", "-0.0"}),
             (Texts{"-128", "127", "-0.0"}));
   EXPECT_EQ(taken<std::uint16_t>({"-1", "0", "65535", "65536"}), (Texts{"0", "65535"}));
@@ -76,7 +75,6 @@ TEST(ValueOf, TakesIntegersThatTheTypeHolds) {
 }
 
 TEST(ValueOf, TakesRealsThatADoubleHolds) {
-  using Texts = std::vector<std::string>;
   EXPECT_EQ(taken<double>({"9007199254740992", "9007199254740993", "9223372036854775807",
                            "9223372036854775808", "18446744073709551615", "0.1"}),
             (Texts{"9007199254740992", "9223372036854775808", "0.1"}));
@@ -105,7 +103,6 @@ TEST(JsonValueOf, WritesTheValueAsItIs) {
   EXPECT_EQ(written(std::string("a\"b")), R"("a\"b")");
   EXPECT_EQ(written(JSON{{"a", 1}}), R"({"a":1})");
   EXPECT_EQ(written(JsonArray{1, "b"}), R"([1,"b"])");
-  EXPECT_EQ(written(JsonArray{1}), "[1]");
   EXPECT_EQ(written(JsonValue(nullptr)), "null");
   EXPECT_EQ(written(std::vector{true, false}), "[true,false]");
   EXPECT_EQ(written(std::vector<std::vector<int>>{{1}, {}}), "[[1],[]]");
