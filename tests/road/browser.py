@@ -159,6 +159,10 @@ class Chromium:
         """What a function of this text returns in the page."""
         return self._command("POST", "/execute/sync", {"script": script, "args": arguments})
 
+    def devtools(self, command, **parameters):
+        """A command of the developer tools' protocol."""
+        self._command("POST", "/goog/cdp/execute", {"cmd": command, "params": parameters})
+
     def addresses(self):
         """The address of each tab."""
         addresses = []
