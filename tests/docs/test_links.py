@@ -1,61 +1,129 @@
-"""docs/links.html in Chromium: what it says about links, and the links that it makes."""
+"""docs/links.md and docs/links.html: what they say about links, and the links that they make."""
 
+import json
+import os
 import pathlib
 import re
+import shutil
+import subprocess
 import unittest
 
+import pytest
+
 import browser
-import desktop
 import links
-from model import expect, make_link, page_link
+from desktop import Desktop
+from model import decode, expect, make_link, page_link, parse
+from processes import ROOT
+from test_tables import cells
 
-PAGE_FILE = pathlib.Path(__file__).resolve().parents[2] / "docs/links.html"
+PAGE_FILE = ROOT / "docs/links.html"
+PAGE = "https://crm.example/48213"
 PREFIX = "Log hh:mm:ss> "
+AXE = [path for path in (pathlib.Path(prefix, "lib/node_modules/axe-core/axe.min.js")
+                         for prefix in ("/usr", "/usr/local")) if path.exists()]
+# What runs each language, and a program that prints the link of its argument, a JSON text.
+LANGUAGES = {
+    "Python": ("python3", """import base64, json, sys
+record = json.loads(sys.argv[1])
+print(LINK, end="")"""),
+    "PHP": ("php", "<?php $record = json_decode($argv[1], true); echo LINK;"),
+    "Java": ("java", """
+import java.nio.charset.StandardCharsets;
+import java.util.Base64;
+class Link {
+  public static void main(String[] arguments) {
+    String json = arguments[0];
+    System.out.print(LINK);
+  }
+}"""),
+}
 
 
-class ReadingTest(unittest.TestCase):
-    maxDiff = None
+def examples(document, language):
+    return re.findall(f"^```{language}\n(.*?)^```$", (ROOT / document).read_text(),
+                      re.MULTILINE | re.DOTALL)
 
-    def test_the_page_says_what_the_model_says(self):
+
+@pytest.mark.parametrize("language", [language for language, (command, _) in LANGUAGES.items()
+                                      if shutil.which(command)])
+def test_another_language_makes_the_link(desktop, tmp_path, language):
+    lines = dict(zip(cells("docs/links.md", "Language", 1), cells("docs/links.md", "Language", 2)))
+    command, program = LANGUAGES[language]
+    source = tmp_path / "Link.java"
+    source.write_text(program.replace("LINK", lines[language].strip("`")))
+    for record in {}, {"WebPage": PAGE, "CallFields": {"Caller name": "Jänsen 📞" + "M" * 99}}:
+        link = subprocess.check_output([command, source, json.dumps(record, ensure_ascii=False)],
+                                       env={**os.environ, "LC_ALL": "C.UTF-8"}, encoding="ascii")
+        assert parse(decode(link.removeprefix("screenpop:"))) == record
+        desktop.open(link)
+    assert desktop.opened() == PAGE
+
+
+def test_the_command_for_a_client_that_is_no_page(desktop):
+    (command,) = examples("docs/links.md", "sh")
+    assert desktop.spawn("sh", "-ec", command).finish().output == "()\n"
+    assert desktop.opened() == PAGE
+
+
+def test_a_command_line_holds_as_much_as_is_said(desktop, listener):
+    text = f"screenpop:{'A' * (131071 - len('screenpop:'))}"
+    desktop.run(text)
+    assert "process uri: " + text in listener.messages(len(expect(text).messages))
+    with pytest.raises(OSError):
+        desktop.run(text + "A")
+
+
+class PageTest(unittest.TestCase):
+    def setUp(self):
+        self.chromium = browser.Chromium(self, Desktop(self, screen=True))
+        self.chromium.show(PAGE_FILE.as_uri())
+
+    def test_it_says_what_the_model_says(self):
         """And so what the program does (road/test_all_links.py)."""
-        chromium = browser.Chromium(self, desktop.Desktop(self, screen=True))
-        chromium.show(PAGE_FILE.as_uri())
         texts = links.all_links()
-        readings = chromium.execute("return arguments[0].map(readLink)", texts)
+        readings = self.chromium.execute("return arguments[0].map(readLink)", texts)
         for text, reading in zip(texts, readings, strict=True):
             with self.subTest(text=text[:200]):
                 expected = expect(text)
                 self.assertEqual((reading["messages"], reading["opens"], reading["ends"]),
                                  (expected.messages, expected.opened, expected.fatal))
 
+    def test_it_fits_a_telephone(self):
+        self.chromium.devtools("Emulation.setDeviceMetricsOverride", width=360, height=740,
+                               deviceScaleFactor=1, mobile=True)
+        self.chromium.type("#page", "https://crm.example/" + "x" * 80)
+        self.assertEqual(self.chromium.execute("return document.documentElement.scrollWidth"), 360)
 
-class LengthTest(unittest.TestCase):
-    def test_a_command_line_holds_as_much_as_is_said(self):
-        session = desktop.Desktop(self)
-        listener = session.listen("-log")
-        text = f"screenpop:{'A' * (131071 - len('screenpop:'))}"
-        session.run(text)
-        self.assertIn("process uri: " + text, listener.messages(len(expect(text).messages)))
-        with self.assertRaises(OSError):
-            session.run(text + "A")
+    if AXE:  # By npm install --global axe-core.
+        def test_whoever_cannot_see_it_may_use_it(self):
+            for scheme in "light", "dark":
+                self.chromium.devtools("Emulation.setEmulatedMedia", features=[
+                    {"name": "prefers-color-scheme", "value": scheme}])
+                self.assertEqual(self.chromium.execute(
+                    AXE[0].read_text() + "; return axe.run().then((result) => "
+                    "[matchMedia(arguments[0]).matches, result.violations.map(({ id }) => id)])",
+                    f"(prefers-color-scheme: {scheme})"), [True, []])
 
 
 class MakingTest(unittest.TestCase):
-    def test_the_example_makes_a_link(self):
+    def test_the_examples_make_links(self):
         self.show("<a id=link>call</a>")
-        (example,) = re.findall("^```js\n(.*?)^```$", PAGE_FILE.with_suffix(".md").read_text(),
-                                re.MULTILINE | re.DOTALL)
-        self.chromium.execute(example)
-        self.chromium.click("#link")
-        self.assertEqual(self.desktop.opened(), "https://crm.example/48213")
+        for document in "README.md", "docs/links.md":
+            (example,) = examples(document, "js")
+            # With a name that was cut within an emoji.
+            self.chromium.execute(example.replace("WebPage:", r'Name: "\ud83d", WebPage:'))
+            self.chromium.click("#link")
+            self.assertEqual(self.desktop.opened(), PAGE)
 
     def test_one_link_follows_from_one_click(self):
         first, second, third = (page_link(f"https://crm.example/{n}") for n in (1, 2, 3))
-        self.show(f"<a id=first href={first}>1</a><a id=third href={third}>3</a>")
+        self.show(f"<a id=first href={first}>1</a><p>text")
         self.chromium.click("#first")
         self.assertEqual(self.desktop.opened(), "https://crm.example/1")
         self.chromium.execute("location.href = arguments[0]", second)
-        self.chromium.click("#third")
+        self.chromium.click("p")
+        self.chromium.execute("location.href = arguments[0]", third)
         self.assertEqual(self.desktop.opened(), "https://crm.example/3")
 
     def test_chromium_follows_a_link_as_long_as_is_said(self):
@@ -76,7 +144,7 @@ class MakingTest(unittest.TestCase):
 
     def show(self, text, permitted=True):
         """Shows a page of this text, in a desktop that reports pages."""
-        self.desktop = desktop.Desktop(self, screen=True, XDG_CURRENT_DESKTOP="GNOME")
+        self.desktop = Desktop(self, screen=True, XDG_CURRENT_DESKTOP="GNOME")
         self.site = browser.Site(self)
         self.site.texts["/links.html"] = text
         self.chromium = browser.Chromium(self, self.desktop, self.site.origin if permitted else None)
