@@ -27,6 +27,7 @@ else()
   set(unit_folder ${data_folder}/systemd/user)
 endif()
 install_configured(vastel-connect.service.in ${unit_folder} vastel-connect.service)
+install_configured(vastel-connect.1.in ${data_folder}/man/man1 vastel-connect.1)
 
 # The index of schemes that openers read. A package leaves this to the system's own trigger.
 find_program(UPDATE_DESKTOP_DATABASE update-desktop-database)

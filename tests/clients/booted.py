@@ -1,11 +1,12 @@
 """A tree that systemd boots, in which the agent logs in and out as on a desktop. Its control groups
 are below one of the host's hierarchy, for which it takes root's rights."""
 
+import contextlib
 import os
 import socket
 import subprocess
-import types
-import unittest
+
+import pytest
 
 from packages import LIMIT
 from tree import AGENT, REFUSED, Tree
@@ -50,23 +51,11 @@ BindsTo=graphical-session.target
 
 
 class BootedTree(Tree):
-    """It lives as long as a class of tests."""
+    """Its systemd reports to `notices`, a socket of that name."""
 
-    def __init__(self, tests):
-        if os.getuid() != 0:
-            raise unittest.SkipTest("Control groups are root's to make")
-        tests.addClassCleanup(subprocess.run, ["unshare", "--mount", "sh", "-ec", LEAVE, GROUP],
-                              check=True)
-        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notices:
-            # Of no folder, which would be another one in the tree.
-            notices.bind("\0" + GROUP)
-            notices.settimeout(LIMIT)
-            super().__init__(types.SimpleNamespace(addCleanup=tests.addClassCleanup),
-                             around=["unshare", "--mount", "sh", "-ec", JOIN, GROUP],
-                             first=["unshare", "--cgroup", "sh", "-ec", BOOT, "@" + GROUP])
-            while b"READY=1" not in notices.recv(1 << 12).splitlines():
-                pass
-        self.write("/etc/systemd/user/desktop.target", DESKTOP.encode())
+    def __init__(self, notices):
+        super().__init__(around=["unshare", "--mount", "sh", "-ec", JOIN, GROUP],
+                         first=["unshare", "--cgroup", "sh", "-ec", BOOT, notices])
 
     def log_in(self):
         """Starts the agent's user manager, as the first login does."""
@@ -75,3 +64,20 @@ class BootedTree(Tree):
     def log_out(self):
         """Ends it, and all that runs below it, as the last logout does."""
         self.run("systemctl", "stop", f"user@{AGENT}")
+
+
+@contextlib.contextmanager
+def booted_tree():
+    if os.getuid() != 0:
+        pytest.skip("Control groups are root's to make")
+    with contextlib.ExitStack() as last:
+        last.callback(subprocess.run, ["unshare", "--mount", "sh", "-ec", LEAVE, GROUP], check=True)
+        notices = last.enter_context(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
+        # Of no folder, which would be another one in the tree.
+        notices.bind("\0" + GROUP)
+        notices.settimeout(LIMIT)
+        tree = last.enter_context(BootedTree("@" + GROUP))
+        while b"READY=1" not in notices.recv(1 << 12).splitlines():
+            pass
+        tree.write("/etc/systemd/user/desktop.target", DESKTOP.encode())
+        yield tree

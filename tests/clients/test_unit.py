@@ -3,10 +3,12 @@ for it that the documents give."""
 
 import pathlib
 import re
+import tempfile
 import time
+import unittest
 
-from booted import BootedTree
-from packages import LIMIT, PackageTestCase, package
+from booted import booted_tree
+from packages import LIMIT, changed_deb, package
 from tree import HOME
 
 from clients import link_to, page_of
@@ -25,12 +27,12 @@ def setting():
     return re.search(r"^```ini\n(\[Service\]\n.*?)^```$", DEPLOY, re.MULTILINE | re.DOTALL)[1]
 
 
-class Unit(PackageTestCase):
+class Unit(unittest.TestCase):
     """All tests share a system. Each has a login of its own."""
 
     @classmethod
     def setUpClass(cls):
-        cls.tree = BootedTree(cls)
+        cls.tree = cls.enterClassContext(booted_tree())
         cls.tree.install(package("vastel-connect_*.deb"))
 
     def setUp(self):
@@ -60,7 +62,8 @@ class Unit(PackageTestCase):
     def test_stays_the_old_one_after_an_upgrade(self):
         self.open()
         first = self.tree.owner()
-        self.tree.install(self.higher_version())
+        folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.tree.install(changed_deb(folder, "s/^Version:.*/Version: 9/"))
         self.open()
         self.assertEqual(self.tree.owner(), first)
         self.assertFalse(self.tree.runs_installed(first))

@@ -5,47 +5,45 @@ import re
 import struct
 import subprocess
 
-from packages import LIMIT, NAME, PackageTestCase, run
+from packages import LIMIT, NAME, output_of, run
 
-STAGE = os.environ["CONNECT_STAGE"]
+SHARE = os.environ["CONNECT_STAGE"] + "/share"
 
 
-class InstalledFiles(PackageTestCase):
-    def setUp(self):
-        self.share = self.extract_deb() + "/usr/share"
+def test_desktop_entry():
+    # Hints go to the output, and change no status.
+    assert output_of("desktop-file-validate", f"{SHARE}/applications/{NAME}.desktop") == ""
 
-    def test_desktop_entry(self):
-        # Hints go to the output, and change no status.
-        self.assertEqual(self.expect_success(
-            "desktop-file-validate", f"{self.share}/applications/{NAME}.desktop"), "")
 
-    def test_metainfo(self):
-        output = self.expect_success("appstreamcli", "validate", "--pedantic", "--no-net",
-                                     f"{self.share}/metainfo/{NAME}.metainfo.xml")
-        remarks = re.findall(r"^[A-Z]: [^ ]+ (.*?) *$", output, re.MULTILINE)
-        # Each release knows one of the two forms that the maker's name has there.
-        names = {"unknown-tag developer", "developer-name-tag-deprecated"}
-        # The identifier is the name on the bus, which the bundle on macOS has, too.
-        self.assertEqual(set(remarks) - names, {f"cid-contains-uppercase-letter {NAME}"}, output)
+def test_metainfo():
+    output = output_of("appstreamcli", "validate", "--pedantic", "--no-net",
+                       f"{SHARE}/metainfo/{NAME}.metainfo.xml")
+    remarks = re.findall(r"^[A-Z]: [^ ]+ (.*?) *$", output, re.MULTILINE)
+    # Each release knows one of the two forms that the maker's name has there.
+    names = {"unknown-tag developer", "developer-name-tag-deprecated"}
+    # The identifier is the name on the bus, which the bundle on macOS has, too.
+    assert set(remarks) - names == {f"cid-contains-uppercase-letter {NAME}"}, output
 
-    def test_manual_page(self):
-        """That no request of it is unknown, and that it names all switches."""
-        text = self.expect_success("man", "--warnings", "--encoding=UTF-8", "--local-file",
-                                   self.share + "/man/man1/vastel-connect.1.gz",
-                                   environment={"MANROFFOPT": "-ww", "MANWIDTH": "80"})
-        usage = self.expect_success(STAGE + "/bin/vastel-connect", "-help")
-        for switch in ["-h", "-help", *re.findall(r"^ *(-[a-z]+):", usage, re.MULTILINE)]:
-            self.assertRegex(text, rf"(?m)^ +(-help, )?{switch}(, -h)?(  |$)")
 
-    def test_icon(self):
-        command = ["rsvg-convert", f"{self.share}/icons/hicolor/scalable/apps/{NAME}.svg"]
-        image = subprocess.run(command, timeout=LIMIT, check=True, capture_output=True).stdout
-        self.assertEqual(image[:8], b"\x89PNG\r\n\x1a\n")
-        self.assertEqual(struct.unpack(">II", image[16:24]), (128, 128))
+def test_manual_page(switches):
+    """No request of it is unknown; it names all switches, and files that are there."""
+    text = output_of("man", "--warnings", "--encoding=UTF-8", "--local-file",
+                     SHARE + "/man/man1/vastel-connect.1", MANROFFOPT="-ww", MANWIDTH="160")
+    for switch in switches:
+        assert re.search(rf"(?m)^ +(-help, )?{switch}(, -h)?(  |$)", text), switch
+    files = re.findall(r"(?m)^ +(/\S+/share/\S+)$", text)
+    assert len(files) >= 4, text
+    assert [name for name in files if not os.path.exists(name)] == []
 
-    def test_unit(self):
-        # Its command has to be there: the tree that the build installed has it.
-        result = run("systemd-analyze", "--user", "--man=no", "verify",
-                     STAGE + "/share/systemd/user/vastel-connect.service",
-                     environment={"XDG_RUNTIME_DIR": self.folder()})
-        self.assertEqual((result.status, result.output, result.errors), (0, "", ""))
+
+def test_icon():
+    command = ["rsvg-convert", f"{SHARE}/icons/hicolor/scalable/apps/{NAME}.svg"]
+    image = subprocess.run(command, timeout=LIMIT, check=True, capture_output=True).stdout
+    assert image[:8] == b"\x89PNG\r\n\x1a\n"
+    assert struct.unpack(">II", image[16:24]) == (128, 128)
+
+
+def test_unit(tmp_path):
+    done = run("systemd-analyze", "--user", "--man=no", "verify",
+               SHARE + "/systemd/user/vastel-connect.service", XDG_RUNTIME_DIR=str(tmp_path))
+    assert (done.returncode, done.stdout, done.stderr) == (0, "", "")

@@ -2,10 +2,8 @@
 
 import re
 
-from packages import NAME, PackageTestCase, package
-from tree import Tree
+from packages import NAME, changed_deb, package
 
-from desktop import OBJECT
 from model import page_link
 from processes import wait_for_end
 
@@ -13,90 +11,86 @@ from processes import wait_for_end
 MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/dpkg/status-old|"
                       r"/var/cache/debconf/tmp\.ci|"
                       r"/var/log/(alternatives\.log|apt/.*|dpkg\.log)")
+OPENERS = [("gio open", "GNOME"), ("xdg-open", "GNOME"), ("xdg-open", "")]
 
 
-class InstallationTestCase(PackageTestCase):
-    def setUp(self):
-        self.tree = Tree(self)
-
-    def expect_page(self, page, follow):
-        follow(page_link(page, "screenpop:"))
-        self.assertEqual(self.tree.page().url, page)
+def expect_page(tree, page, *command, **environment):
+    """Follows a link to the page by a command, in which LINK stands for it."""
+    link = page_link(page, "screenpop:")
+    tree.run(*(word.replace("LINK", link) for word in command), agent=True, **environment)
+    assert tree.page().url == page
 
 
-class LifeOfAnInstallation(InstallationTestCase):
-    def test_installs_upgrades_and_leaves(self):
-        before = self.tree.files()
-        self.tree.install(package("vastel-connect_*.deb"))
-        self.tree.start_bus()
-
-        self.expect_bus_starts_the_program()
-        first = self.tree.owner()
-        self.expect_openers_work()
-        self.assertEqual(self.tree.owner(), first)
-
-        self.tree.install(self.higher_version())
-        self.expect_openers_work()
-        self.assertEqual(self.tree.owner(), first)
-        self.assertFalse(self.tree.runs_installed(first))
-        self.end(first)
-        self.expect_openers_work()
-        self.assertTrue(self.tree.runs_installed(self.tree.owner()))
-        self.end(self.tree.owner())
-
-        self.tree.apt("remove", "vastel-connect")
-        self.expect_no_trace()
-        # apt has forgotten it by then: there is nothing to purge.
-        self.tree.run("dpkg", "--purge", "vastel-connect")
-        self.tree.apt("autoremove", "--purge")
-        after = self.tree.files()
-        changed = {path for path in before.keys() | after.keys()
-                   if before.get(path) != after.get(path)}
-        self.assertEqual({path for path in changed if not MEMORIES.fullmatch(path)}, set())
-
-    def expect_bus_starts_the_program(self):
-        self.assertIsNone(self.tree.owner())
-        self.expect_page("https://page.test/cold", lambda link: self.tree.run(
-            "gdbus", "call", "--session", "--dest", NAME, "--object-path", OBJECT, "--method",
-            "org.freedesktop.Application.Open", f"['{link}']", "{}", agent=True))
-
-    def expect_openers_work(self):
-        """Follows a link by each; xdg-open has a road of its own where it knows no desktop."""
-        for opener, desktop in ("gio open", "GNOME"), ("xdg-open", "GNOME"), ("xdg-open", ""):
-            page = f"https://page.test/{opener[:3]}{desktop}"
-            self.expect_page(page, lambda link: self.tree.run(
-                *opener.split(), link, agent=True, XDG_CURRENT_DESKTOP=desktop, DISPLAY=":none"))
-
-    def expect_no_trace(self):
-        """That nobody takes the scheme, while the packages that keep indexes are still there."""
-        self.assertIn("No default applications", self.tree.run(
-            "gio", "mime", "x-scheme-handler/screenpop", agent=True))
-        # Nothing is found.
-        self.tree.run("grep", "--recursive", "screenpop", "/etc", "/usr/share", status=1)
-
-    def end(self, pid):
-        process = self.tree.host_pid(pid)
-        self.tree.run("sh", "-c", 'kill "$1"', "-", str(pid))
-        wait_for_end(process)
+def expect_openers_work(tree):
+    """Follows a link by each; xdg-open has a road of its own where it knows no desktop."""
+    for opener, desktop in OPENERS:
+        expect_page(tree, f"https://page.test/{opener[:3]}{desktop}", *opener.split(), "LINK",
+                    XDG_CURRENT_DESKTOP=desktop, DISPLAY=":none")
 
 
-class UnpackedArchive(InstallationTestCase):
-    def test_takes_links(self):
-        """After the commands that docs/internals.md gives."""
-        # As Debian's installer leaves it.
-        self.tree.run("chmod", "2775", "/usr/local")
-        folders = ["stat", "--format=%n %a %u:%g", "/", "/usr", "/usr/local", "/usr/local/share"]
-        before = self.tree.run(*folders)
-        with open(package("vastel-connect-*.tar.gz"), "rb") as file:
-            self.tree.write("/tmp/archive.tar.gz", file.read())
-        self.tree.apt("install", "--no-install-recommends", "desktop-file-utils")
-        self.tree.run("tar", "--no-overwrite-dir", "-C", "/", "-xzf", "/tmp/archive.tar.gz")
-        self.tree.run("update-desktop-database", "/usr/local/share/applications")
-        self.assertEqual(self.tree.run(*folders), before)
+def end(tree, pid):
+    process = tree.host_pid(pid)
+    tree.run("sh", "-c", 'kill "$1"', "-", str(pid))
+    wait_for_end(process)
 
-        self.tree.start_bus()
-        self.expect_page("https://page.test/", lambda link: self.tree.run(
-            "gio", "open", link, agent=True))
-        self.assertEqual(
-            self.tree.run("readlink", f"/proc/{self.tree.owner()}/exe").strip(),
-            "/usr/local/bin/vastel-connect")
+
+def test_installs_upgrades_and_leaves(tree, tmp_path):
+    before = tree.files()
+    tree.install(package("vastel-connect_*.deb"))
+    tree.start_bus()
+
+    assert tree.owner() is None
+    expect_page(tree, "https://page.test/cold", "gdbus", "call", "--session", "--dest", NAME,
+                "--object-path", "/com/vastel/Connect", "--method",
+                "org.freedesktop.Application.Open", "['LINK']", "{}")
+    first = tree.owner()
+    expect_openers_work(tree)
+    assert tree.owner() == first
+
+    tree.install(changed_deb(tmp_path, "s/^Version:.*/Version: 9/"))
+    expect_openers_work(tree)
+    assert tree.owner() == first
+    assert not tree.runs_installed(first)
+    end(tree, first)
+    expect_openers_work(tree)
+    assert tree.runs_installed(tree.owner())
+
+    tree.apt("remove", "vastel-connect")
+    # The program goes on until it is ended. Nobody takes the scheme, while the packages that keep
+    # indexes are still there.
+    end(tree, tree.owner())
+    assert "No default applications" in tree.run("gio", "mime", "x-scheme-handler/screenpop",
+                                                 agent=True)
+    # Nothing is found.
+    tree.run("grep", "--recursive", "screenpop", "/etc", "/usr/share", status=1)
+    # apt has forgotten it by then: there is nothing to purge.
+    tree.run("dpkg", "--purge", "vastel-connect")
+    tree.apt("autoremove", "--purge")
+    after = tree.files()
+    changed = {path for path in before.keys() | after.keys() if before.get(path) != after.get(path)}
+    assert {path for path in changed if not MEMORIES.fullmatch(path)} == set()
+
+
+def test_a_package_for_another_system_is_refused(tree, tmp_path):
+    for change, words in (
+            ("s/^Architecture:.*/Architecture: s390x/", "vastel-connect:s390x"),
+            ("s/^Depends: /&libc6 (>= 9), /", r"Depends: libc6(:\S+)? \(>= 9\)")):
+        assert re.search(words, tree.install(changed_deb(tmp_path, change), status=100))
+        tree.run("dpkg-query", "--show", "vastel-connect", status=1)
+
+
+def test_the_archive_takes_links(tree):
+    """After the commands that docs/deploy.md gives."""
+    # As Debian's installer leaves it.
+    tree.run("chmod", "2775", "/usr/local")
+    folders = ["stat", "--format=%n %a %u:%g", "/", "/usr", "/usr/local", "/usr/local/share"]
+    before = tree.run(*folders)
+    tree.copy(package("vastel-connect-*.tar.gz"), "/tmp/archive.tar.gz")
+    tree.apt("install", "--no-install-recommends", "desktop-file-utils")
+    tree.run("tar", "--no-overwrite-dir", "-C", "/", "-xzf", "/tmp/archive.tar.gz")
+    tree.run("update-desktop-database", "/usr/local/share/applications")
+    assert tree.run(*folders) == before
+
+    tree.start_bus()
+    expect_page(tree, "https://page.test/", "gio", "open", "LINK")
+    assert tree.run("readlink", f"/proc/{tree.owner()}/exe") == "/usr/local/bin/vastel-connect\n"

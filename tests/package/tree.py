@@ -5,18 +5,14 @@ import contextlib
 import os
 import re
 import subprocess
-import sys
 import types
-import unittest
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path[:0] = [HERE, os.path.join(os.path.dirname(HERE), "road")]
+import pytest
 
-from packages import LIMIT
-
-from desktop import NAME
+from packages import LIMIT, NAME
 from processes import Lines, children, wait_for_end
 
+HERE = os.path.dirname(os.path.abspath(__file__))
 ARCHIVE = os.environ["CONNECT_TREE"]
 # It says that the tree is there. The shell reaps what is left behind.
 FIRST_PROCESS = ["bash", "-c", "echo ready; sleep infinity & wait"]
@@ -44,28 +40,31 @@ x-scheme-handler/https=record.desktop
 """
 
 
-class Tree:
-    """A tree that lives as long as a test. `around` is a command in which all of it is started, and
-    `first` that of its first process, which says that the tree is there."""
+class Tree(contextlib.ExitStack):
+    """A tree that lives as long as its context. `around` is a command in which all of it is started,
+    and `first` that of its first process, which says that the tree is there."""
 
-    def __init__(self, test, archive=ARCHIVE, around=(), first=FIRST_PROCESS):
-        if not os.path.exists(archive):
-            raise unittest.SkipTest("No tree was made")
+    def __init__(self, around=(), first=FIRST_PROCESS):
+        super().__init__()
+        if not os.path.exists(ARCHIVE):
+            pytest.skip("No tree was made")
         self._enter = ["--user", "--preserve-credentials"] if os.getuid() else []
         self._starter = subprocess.Popen(
-            [*around, HERE + "/in-namespaces", HERE + "/start-tree", archive, *first],
+            [*around, HERE + "/in-namespaces", HERE + "/start-tree", ARCHIVE, *first],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
         self._processes = [self._starter]
         self.first = self._pages = None
-        test.addCleanup(self._stop)
-        try:
-            assert Lines(self._starter.stdout).next() == "ready"
-        except EOFError:
-            if self._starter.wait(LIMIT) == REFUSED:
-                raise unittest.SkipTest("This machine refuses namespaces, or control groups") from None
-            raise
-        (self.first,) = children(self._starter.pid)
-        self._make_handler()
+        with contextlib.ExitStack() as on_failure:
+            on_failure.callback(self._stop)
+            try:
+                assert Lines(self._starter.stdout).next() == "ready"
+            except EOFError:
+                if self._starter.wait(LIMIT) == REFUSED:
+                    pytest.skip("This machine refuses namespaces, or control groups")
+                raise
+            (self.first,) = children(self._starter.pid)
+            self._make_handler()
+            self.push(on_failure.pop_all())
 
     def path(self, name):
         """Where a file of the tree is found from without."""
@@ -73,6 +72,10 @@ class Tree:
 
     def write(self, name, content):
         self.run("sh", "-c", 'cat > "$1"', "-", name, input=content)
+
+    def copy(self, file, name):
+        with open(file, "rb") as copied:
+            self.write(name, copied.read())
 
     # Processes.
 
@@ -111,14 +114,13 @@ class Tree:
 
     # Packages.
 
-    def install(self, package):
+    def install(self, package, status=0):
         """Installs the package of a file, and what it depends on."""
-        with open(package, "rb") as file:
-            self.write("/tmp/package.deb", file.read())
-        self.apt("install", "--no-install-recommends", "/tmp/package.deb")
+        self.copy(package, "/tmp/package.deb")
+        return self.apt("install", "--no-install-recommends", "/tmp/package.deb", status=status)
 
-    def apt(self, action, *arguments):
-        return self.run("apt-get", "-q", action, "--yes", *arguments,
+    def apt(self, action, *arguments, status=0):
+        return self.run("apt-get", "-q", action, "--yes", *arguments, status=status,
                         DEBIAN_FRONTEND="noninteractive")
 
     def files(self):

@@ -1,0 +1,190 @@
+"""What lies in the Debian package, in the RPM and in the archive, and what they depend on."""
+
+import io
+import os
+import re
+import subprocess
+import tarfile
+
+import pytest
+
+from packages import NAME, output_of, package, run
+from processes import ROOT
+
+# The prefix of each package, and the command that makes a tar archive of it.
+PACKAGES = {
+    "vastel-connect_*.deb": ("/usr", "dpkg-deb --fsys-tarfile"),
+    "vastel-connect-*.rpm": ("/usr", "rpm2archive - <"),
+    "vastel-connect-*.tar.gz": ("/usr/local", "cat"),
+}
+FORMS = pytest.mark.parametrize("pattern", PACKAGES)
+FILES = {
+    "bin/vastel-connect",
+    f"share/applications/{NAME}.desktop",
+    "share/bash-completion/completions/vastel-connect",
+    f"share/dbus-1/services/{NAME}.service",
+    *(f"share/doc/vastel-connect/{name}" for name in (
+        "clients.md", "deploy.md", "examples/chromium.json", "examples/firefox.json", "links.html",
+        "links.md", "pictures/terminal.svg", "troubleshooting.md")),
+    "share/fish/vendor_completions.d/vastel-connect.fish",
+    f"share/icons/hicolor/scalable/apps/{NAME}.svg",
+    "share/man/man1/vastel-connect.1",
+    f"share/metainfo/{NAME}.metainfo.xml",
+}
+# As each system has it.
+OWN_FILES = {
+    "deb": {"lib/systemd/user/vastel-connect.service", "share/doc/vastel-connect/changelog.gz",
+            "share/doc/vastel-connect/copyright", "share/zsh/vendor-completions/_vastel-connect"},
+    "rpm": {"lib/systemd/user/vastel-connect.service", "share/doc/vastel-connect/LICENSE",
+            "share/zsh/site-functions/_vastel-connect"},
+    "gz": {"share/systemd/user/vastel-connect.service", "share/doc/vastel-connect/LICENSE",
+           "share/zsh/site-functions/_vastel-connect"},
+}
+
+
+def content(pattern):
+    prefix, command = PACKAGES[pattern]
+    done = subprocess.run(["sh", "-c", f'{command} "$1"', "-", package(pattern)], check=True,
+                          stdout=subprocess.PIPE)
+    return prefix, tarfile.open(fileobj=io.BytesIO(done.stdout))
+
+
+def query(*arguments, database="/nowhere"):
+    """Asks the RPM. The system has no database of its own."""
+    return output_of("rpm", "--dbpath", database, "--query", "--package",
+                     package("vastel-connect-*.rpm"), *arguments)
+
+
+@FORMS
+def test_holds_these_files_and_their_modes(pattern):
+    prefix, archive = content(pattern)
+    found = set()
+    for member in archive:
+        is_program = member.isdir() or "/bin/" in member.name
+        assert (member.mode & 0o7777, member.uid, member.gid) == (
+            0o755 if is_program else 0o644, 0, 0), member.name
+        if not member.isdir():
+            name = member.name.removeprefix(".").strip("/").removeprefix(prefix.strip("/") + "/")
+            found.add(name.removesuffix(".gz") if "/man/" in name else name)
+    assert found == FILES | OWN_FILES[pattern.rpartition(".")[2]]
+
+
+@FORMS
+def test_runs_and_is_named_by_its_path(pattern, tmp_path):
+    prefix, archive = content(pattern)
+    archive.extractall(tmp_path)
+    root = f"{tmp_path}{prefix}"
+    assert "-log" in output_of(f"{root}/bin/vastel-connect", "-help")
+    unit = "lib" if prefix == "/usr" else "share"
+    for name in (f"share/applications/{NAME}.desktop", f"share/dbus-1/services/{NAME}.service",
+                 f"{unit}/systemd/user/vastel-connect.service"):
+        with open(f"{root}/{name}", encoding="utf-8") as file:
+            assert re.search(f"(?m)^(Exec|ExecStart)={prefix}/bin/vastel-connect ", file.read())
+
+
+@pytest.mark.skipif("bookworm" not in open("/etc/os-release", encoding="utf-8").read(),
+                    reason="What is published for other systems is built on Debian 12")
+def test_wants_no_newer_c_library_than_the_oldest_system_has(tmp_path):
+    """Enterprise Linux 9 has that of 2.34."""
+    _, archive = content("vastel-connect-*.rpm")
+    archive.extractall(tmp_path)
+    symbols = output_of("objdump", "--dynamic-syms", tmp_path / "usr/bin/vastel-connect")
+    versions = re.findall(r"GLIBC_(\d+)\.(\d+)", symbols)
+    assert max((int(major), int(minor)) for major, minor in versions) <= (2, 34)
+
+
+# What registers the program, opens links, and is linked.
+
+
+def test_the_debian_package_depends_on_what_it_uses():
+    fields = output_of("dpkg-deb", "--field", package("vastel-connect_*.deb"))
+    names = lambda field: {each.split()[0] for each in re.search(
+        rf"(?m)^{field}: (.*)$", fields)[1].split(", ")}
+    assert names("Depends") == {"desktop-file-utils", "xdg-utils", "libc6", "libgcc-s1",
+                                "libsystemd0"}
+    # Their fixes come with a release of ours only.
+    static = {re.sub(r"[-\d.]+$", "", name) for name in names("Static-Built-Using")}
+    assert static == {"boost", "gcc", "utfcpp"}
+
+
+def test_the_rpm_depends_on_what_it_uses():
+    names = {line.split("(")[0] for line in query("--requires").splitlines()
+             if not line.startswith(("rpmlib(", "rtld("))}
+    loader = {name for name in names if name.startswith("ld-linux")}
+    assert names - loader == {"desktop-file-utils", "xdg-utils", "libc.so.6", "libgcc_s.so.1",
+                              "libsystemd.so.0"}
+
+
+def test_none_has_scripts():
+    assert query("--scripts") == ""
+    members = subprocess.run(["dpkg-deb", "--ctrl-tarfile", package("vastel-connect_*.deb")],
+                             check=True, stdout=subprocess.PIPE).stdout
+    with tarfile.open(fileobj=io.BytesIO(members)) as archive:
+        assert {member.name for member in archive} == {".", "./control", "./md5sums"}
+
+
+def test_lintian_is_silent():
+    # Chance letters in machine code are other ones with each compiler; Debian 12's lintian does not
+    # know the field Static-Built-Using; the page about links is not for a register of books.
+    tags = ("spelling-error-in-binary", "unknown-field",
+            "possible-documentation-but-no-doc-base-registration")
+    done = run("lintian", "-I", "--pedantic", "--suppress-tags", ",".join(tags),
+               package("*.changes"))
+    assert (done.returncode, done.stdout) == (0, "")
+
+
+def test_the_rpm_installs_into_a_folder_and_leaves_it(tmp_path):
+    here = ["unshare", "--map-root-user"] if os.getuid() else []
+    # Its plugins want more of a system than a folder.
+    rpm = [*here, "rpm", "--root", tmp_path, "--dbpath", "/database", "--noplugins"]
+    # Debian 12's would rather not; later ones know no such option.
+    if run(*rpm, "--force-debian", "--version").returncode == 0:
+        rpm.append("--force-debian")
+    output_of(*rpm, "--nodeps", "--install", package("vastel-connect-*.rpm"))
+    assert output_of(*rpm, "--verify", "--nodeps", "vastel-connect") == ""
+    output_of(*rpm, "--erase", "vastel-connect")
+    assert [names for _, _, names in os.walk(tmp_path / "usr") if names] == []
+
+
+CHANGES = """# Changes
+
+## 1.1.0 (2026-12-01)
+
+- A change that takes more words to be told than Debian wants in a line of 80 characters, and in
+  CHANGELOG.md two lines.
+- A second change.
+
+## 1.0.0 (2026-11-21)
+
+- First release.
+"""
+
+
+@pytest.mark.parametrize("form, expected", [("deb bookworm +deb12", """\
+vastel-connect (1.1.0+deb12) bookworm; urgency=medium
+
+  * A change that takes more words to be told than Debian wants in a line of 80
+    characters, and in CHANGELOG.md two lines.
+  * A second change.
+
+ -- Vastel <support@vastel.example>  Tue, 01 Dec 2026 00:00:00 +0000
+
+vastel-connect (1.0.0+deb12) bookworm; urgency=medium
+
+  * First release.
+
+ -- Vastel <support@vastel.example>  Sat, 21 Nov 2026 00:00:00 +0000
+
+"""), ("rpm", """\
+* Tue Dec 01 2026 Vastel <support@vastel.example> - 1.1.0-1
+- A change that takes more words to be told than Debian wants in a line of 80
+  characters, and in CHANGELOG.md two lines.
+- A second change.
+
+* Sat Nov 21 2026 Vastel <support@vastel.example> - 1.0.0-1
+- First release.
+
+""")])
+def test_changes_are_told_in_each_form(form, expected):
+    assert subprocess.run([ROOT / "packaging/linux/changelog", *form.split()], check=True,
+                          input=CHANGES, stdout=subprocess.PIPE, text=True).stdout == expected
