@@ -6,6 +6,8 @@ import plistlib
 import re
 import unittest
 
+import pytest
+
 from desktop import NAME, PROGRAM, STAGE, Desktop
 from model import page_link
 from processes import DATA, golden, log_message
@@ -103,3 +105,21 @@ class SettingsTest(unittest.TestCase):
             self.assertEqual(desktop.daemon.output.next(), line)
         self.assertEqual([log_message(desktop.daemon.output.next()) for _ in messages_of(second)],
                          messages_of(second))
+
+
+# The lines that tell whether a desk is all right, and the first that fails.
+
+
+@pytest.mark.parametrize("environment, failure", [
+    *(({"XDG_CURRENT_DESKTOP": name}, None) for name in (
+        None, "GNOME", "ubuntu:GNOME", "KDE", "XFCE", "LXQt", "MATE", "X-Cinnamon", "LXDE", "sway")),
+    ({"PATH": "/usr/bin:/bin"}, 0),
+    ({"XDG_DATA_DIRS": "/nowhere"}, 1),
+    ({"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}, 2),
+    ({"XDG_CONFIG_HOME": "/nowhere"}, 3)])
+def test_the_check_of_a_desk_fails_where_something_is_missing(desktop, environment, failure):
+    (lines,) = re.findall(r"```sh\n(command -v .*?)```", TEXT, re.DOTALL)
+    environment = {"PATH": f"{pathlib.Path(PROGRAM).parent}:/usr/bin:/bin", **environment}
+    failed = (number for number, line in enumerate(lines.splitlines())
+              if desktop.spawn("sh", "-c", line, **environment).finish().status != 0)
+    assert next(failed, None) == failure

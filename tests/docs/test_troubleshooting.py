@@ -2,12 +2,13 @@
 
 import pathlib
 import re
-import unittest
 
-from desktop import PROGRAM, Desktop
+import pytest
+
+from desktop import PROGRAM
 from processes import DATA
-from road import messages_of
 
+PATH = f"{pathlib.Path(PROGRAM).parent}:/usr/bin:/bin"
 PAGE = pathlib.Path(DATA).parents[1] / "docs/troubleshooting.md"
 
 
@@ -33,50 +34,40 @@ def pattern(line):
     return ".+".join(map(re.escape, line.split("…")))
 
 
-class TroubleshootingTest(unittest.TestCase):
-    maxDiff = None
+def run_command(desktop, command, path=PATH):
+    return desktop.spawn("/bin/bash", "-c", command, PATH=path).finish()
 
-    def test_each_command_prints_what_is_shown(self):
-        self.desktop = Desktop(self)
-        listener = None
-        opened = 0
-        for command, expected in commands("console"):
-            with self.subTest(command):
-                if command == "vastel-connect -log":
-                    self.assertEqual(expected, ["…"])
-                    listener = self.desktop.listen("-log")
-                    continue
-                result = self.run_command(command)
-                self.assertEqual((result.errors, result.status), ("", 0))
-                self.expect_lines(result.output.splitlines(), expected)
-                if command.startswith("gio open"):
-                    self.assertEqual(self.desktop.opened(), "https://crm.example/48213")
-                    opened += 1
-        self.assertEqual(opened, 2)
-        # Those of the picture, in which the same link is followed.
-        (link,) = re.findall(r"gio open (screenpop:\S+)", PAGE.read_text(encoding="utf-8"))
-        log = messages_of(link)
-        self.assertEqual(listener.messages(len(log)), log)
-        self.assertEqual(listener.end().output, "")
 
-    def test_without_a_bus_the_second_step_says_so(self):
-        self.desktop = Desktop(self, bus=False, DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere")
-        self.expect_trouble("unable to connect to D-Bus")
-
-    def test_without_a_service_file_the_second_step_says_so(self):
-        self.desktop = Desktop(self, service=None)
-        self.expect_trouble("was not provided by any .service files")
-
-    def expect_trouble(self, text):
-        (command,) = [command for command, _ in commands("console") if "launch" in command]
-        self.assertIn(text, self.run_command(command).errors)
-        self.assertIn(f"- `{text}`: ", PAGE.read_text(encoding="utf-8"))
-
-    def run_command(self, command):
-        path = f"{pathlib.Path(PROGRAM).parent}:/usr/bin:/bin"
-        return self.desktop.spawn("/bin/bash", "-c", command, PATH=path).finish()
-
-    def expect_lines(self, lines, expected):
+def test_each_command_prints_what_is_shown(desktop):
+    listener = None
+    opened = 0
+    for command, expected in commands("console"):
+        if command == "vastel-connect -log":
+            assert expected == ["…"]
+            listener = desktop.listen("-log")
+            continue
+        result = run_command(desktop, command)
+        assert (result.errors, result.status) == ("", 0), command
+        lines = result.output.splitlines()
+        assert len(lines) == len(expected), command
         for line, form in zip(lines, expected):
-            self.assertRegex(line, f"^{pattern(form)}$")
-        self.assertEqual(len(lines), len(expected))
+            assert re.fullmatch(pattern(form), line), command
+        if command.startswith("gio open"):
+            assert desktop.opened() == "https://crm.example/48213"
+            opened += 1
+    assert opened == 2
+    # Those of the picture, in which the same link is followed.
+    (link,) = re.findall(r"gio open (screenpop:\S+)", PAGE.read_text(encoding="utf-8"))
+    listener.expect_log(link)
+    assert listener.end().output == ""
+
+
+@pytest.mark.parametrize("complaint, path, options", [
+    ("gapplication: command not found", "/nowhere", {}),
+    ("unable to connect to D-Bus", PATH,
+     {"bus": False, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}),
+    ("was not provided by any .service files", PATH, {"service": None})])
+def test_the_second_step_names_its_complaint(new_desktop, complaint, path, options):
+    (command,) = [command for command, _ in commands("console") if "launch" in command]
+    assert complaint in run_command(new_desktop(**options), command, path).errors
+    assert f"- `{complaint}`: " in PAGE.read_text(encoding="utf-8")
