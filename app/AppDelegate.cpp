@@ -1,36 +1,14 @@
 // The delegate's life from launch to termination, its command line, and the URI event callback.
 #include "app/AppDelegate.h"
 
+#include <algorithm>
 #include <string>
-#include <vector>
 
 #include "app/ConsoleTexts.h"
 #include "app/SwitchText.h"
 #include "platform/Platform.h"
 
 namespace Vastel_Connect {
-namespace {
-
-using Flag = bool AppDelegate::*;
-
-struct Switch {
-  Flag flag;
-  std::vector<std::string_view> spellings;
-};
-
-/// The usage text names the dash spellings only; the others are accepted on purpose.
-const std::vector<Switch>& switches() {
-  static const std::vector<Switch> table = {
-      {&AppDelegate::FlagChangeLog, {"/changelog", "-changelog"}},
-      {&AppDelegate::FlagHelp, {"/help", "-help", "/h", "-h"}},
-      {&AppDelegate::FlagLog, {"/log", "-log"}},
-      {&AppDelegate::FlagJsonLog, {"/jsonlog", "-jsonlog"}},
-      {&AppDelegate::FlagShowUri, {"/showuri", "-showuri"}},
-  };
-  return table;
-}
-
-}  // namespace
 
 void AppDelegate::applicationWillFinishLaunching() {
   // Before the command line is read, on purpose: the URI that launched the application comes next,
@@ -53,11 +31,19 @@ void AppDelegate::UriEventHandlerWithEvent(const UriEvent& event) {
   processUri(*uri);
 }
 
+bool AppDelegate::endsAfterText() const {
+  return std::any_of(switches().begin(), switches().end(), [this](const Switch& each) {
+    return this->*each.flag && each.print != nullptr;
+  });
+}
+
 void AppDelegate::parseCommandLine() {
   for (const std::string& argument : platform::processArguments()) {
-    for (const auto& [flag, spellings] : switches()) {
-      for (const std::string_view spelling : spellings) {
-        if (equalsSwitch(argument, spelling)) this->*flag = true;
+    // Either sign, on purpose, though the usage text names the dash alone: both are in use.
+    if (!argument.starts_with('-') && !argument.starts_with('/')) continue;
+    for (const Switch& each : switches()) {
+      for (const std::string_view name : each.names) {
+        if (equalsSwitch(std::string_view(argument).substr(1), name)) this->*each.flag = true;
       }
     }
   }
@@ -66,9 +52,9 @@ void AppDelegate::parseCommandLine() {
 void AppDelegate::handleCommandLine() {
   parseCommandLine();
   printBanner();
-  if (FlagHelp) printUsage();
-  if (FlagChangeLog) printChangeLog();
-  if (FlagShowUri) platform::printLine(UriApiText);
+  for (const Switch& each : switches()) {
+    if (this->*each.flag && each.print != nullptr) each.print();
+  }
   if (endsAfterText()) platform::terminate();
 }
 

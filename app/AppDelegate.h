@@ -45,7 +45,7 @@ class AppDelegate {
   /// Reads the command line, prints what it asks for, and ends the application after a text.
   void handleCommandLine();
   /// Whether one of the switches was given that print a text and end the application.
-  [[nodiscard]] bool endsAfterText() const { return FlagHelp || FlagChangeLog || FlagShowUri; }
+  [[nodiscard]] bool endsAfterText() const;
 
   /// Logs `message` with `value` right behind it, as one line for each log flag that is set. Any
   /// thread. (log/LogMessage.cpp)
@@ -58,7 +58,8 @@ class AppDelegate {
   /// The outlet of the host's main window. The program neither reads nor sets it.
   std::weak_ptr<Window> window;
 
-  // The switches that were given. Set by parseCommandLine, cleared by nothing.
+  // The switches that were given (app/ConsoleTexts.cpp). Set by parseCommandLine, cleared by
+  // nothing.
   bool FlagChangeLog = false;
   bool FlagHelp = false;
   bool FlagLog = false;

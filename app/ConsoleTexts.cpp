@@ -1,7 +1,5 @@
 #include "app/ConsoleTexts.h"
 
-#include <span>
-
 #include "platform/Platform.h"
 
 namespace Vastel_Connect {
@@ -106,5 +104,16 @@ const std::string_view UriApiText =
     "LCBNLiIsIkRldmljZSBudW1iZXIiOiIyMDQiLCJEZXZpY2UgbmFtZSI6IlN1cHBvcnQgZGVzayA0IiwiRGRpIG51bWJl"
     "ciI6IiszMTIwNzY1NDMyMSIsIkRkaSBuYW1lIjoiU3VwcG9ydCIsIlN0YXJ0IHRpbWUiOiIyMDE4LTExLTAxVDA5OjMw"
     "OjAwKzAxMDAifSwiQXV0b0V4ZWN1dGUiOnRydWV9\n";
+
+std::span<const Switch> switches() {
+  static const Switch table[] = {
+      {&AppDelegate::FlagLog, {"log"}},
+      {&AppDelegate::FlagJsonLog, {"jsonlog"}},
+      {&AppDelegate::FlagHelp, {"help", "h"}, printUsage},
+      {&AppDelegate::FlagChangeLog, {"changelog"}, printChangeLog},
+      {&AppDelegate::FlagShowUri, {"showuri"}, [] { platform::printLine(UriApiText); }},
+  };
+  return table;
+}
 
 }  // namespace Vastel_Connect

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <span>
 #include <string_view>
+#include <vector>
+
+#include "app/AppDelegate.h"
 
 namespace Vastel_Connect {
 
@@ -18,5 +22,17 @@ void printChangeLog();
 
 /// How a link is made, with an example. It ends with a line feed.
 extern const std::string_view UriApiText;
+
+/// A switch of the command line. Its flag says that it was given.
+struct Switch {
+  bool AppDelegate::*flag;
+  /// Its names, without the sign before them, in lower case.
+  std::vector<std::string_view> names;
+  /// Prints its text, after which the program ends. Null for a switch that has none.
+  void (*print)() = nullptr;
+};
+
+/// All switches, in the order in which their texts are printed.
+[[nodiscard]] std::span<const Switch> switches();
 
 }  // namespace Vastel_Connect

@@ -9,17 +9,17 @@ constexpr std::string_view kLongS = "\xC5\xBF";  // U+017F
 
 }  // namespace
 
-bool equalsSwitch(std::string_view argument, std::string_view spelling) {
-  for (const char expected : spelling) {
-    if (expected == 's' && argument.starts_with(kLongS)) {
-      argument.remove_prefix(kLongS.size());
-    } else if (!argument.empty() && asciiLowerCase(argument.front()) == expected) {
-      argument.remove_prefix(1);
+bool equalsSwitch(std::string_view text, std::string_view name) {
+  for (const char expected : name) {
+    if (expected == 's' && text.starts_with(kLongS)) {
+      text.remove_prefix(kLongS.size());
+    } else if (!text.empty() && asciiLowerCase(text.front()) == expected) {
+      text.remove_prefix(1);
     } else {
       return false;
     }
   }
-  return argument.empty();
+  return text.empty();
 }
 
 }  // namespace Vastel_Connect

@@ -27,6 +27,12 @@ else()
   set(unit_folder ${data_folder}/systemd/user)
 endif()
 install_configured(vastel-connect.service.in ${unit_folder} vastel-connect.service)
+# The manual's options are the rows of README's table of switches.
+file(STRINGS "${packaging_folder}/../../README.md" rows REGEX "^[|] `-")
+string(REPLACE "`" "" rows "${rows}")
+string(REPLACE "-" "\\-" rows "${rows}")
+string(REGEX REPLACE "[|] ([^|;]*) [|] ([^|;]*) [|];?" ".TP\n.B \\1\n\\2.\n" CONNECT_OPTIONS
+  "${rows}")
 install_configured(vastel-connect.1.in ${data_folder}/man/man1 vastel-connect.1)
 
 # The index of schemes that openers read. A package leaves this to the system's own trigger.

@@ -1,11 +1,11 @@
 """The tables of the documents: of log lines, beside what the model says that the program does; of
-promises, beside the tests that there are."""
+switches, beside those that it prints; of promises, beside the tests that there are."""
 
 import re
 
 from links import all_links
 from model import expect
-from processes import ROOT
+from processes import ROOT, SWITCHES
 
 # There is nothing to log about a link that does not arrive.
 NOTHING = "nothing at all"
@@ -23,6 +23,11 @@ def test_each_last_log_line_stands_in_the_table():
     expected = {re.sub(": .*", ":", message, flags=re.DOTALL) for message in last}
     found = {re.sub("^`([^`]*)`.*", r"\1", cell) for cell in cells("docs/links.md", "It ends with", 1)}
     assert found == expected | {NOTHING}
+
+
+def test_readme_has_each_switch_and_so_has_the_manual():
+    rows = " ".join(cells("README.md", "Switch", 1))
+    assert set(re.findall("`(-[a-z]+)`", rows)) == {"-h", *SWITCHES}
 
 
 def test_each_promise_names_tests_that_there_are():

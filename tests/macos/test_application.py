@@ -81,13 +81,13 @@ class Switches(judge.JudgeTest):
         return lines[start + 1:-2]
 
     def test_print_and_end(self):
-        for argument, name in (("-help", "usage"), ("-h", "usage"), ("-HELP", "usage"),
+        for argument, name in (("-help", "help"), ("-h", "help"), ("-HELP", "help"),
                                ("-changelog", "changelog"), ("-showuri", "showuri")):
             with self.subTest(argument):
                 self.assertEqual(self.printed(argument), data_lines("banner", name))
 
     def test_with_a_slash_open_no_file(self):
-        for argument, name in (("/help", "usage"), ("/h", "usage"), ("/changelog", "changelog"),
+        for argument, name in (("/help", "help"), ("/h", "help"), ("/changelog", "changelog"),
                                ("/showuri", "showuri")):
             with self.subTest(argument):
                 launch = WILL_FINISH + ["@pass over " + argument[1:]] + LAUNCHED
@@ -100,7 +100,7 @@ class Switches(judge.JudgeTest):
 
     def test_print_in_their_own_order(self):
         self.assertEqual(self.printed("-showuri", "/changelog", "-log", "-help"),
-                         data_lines("banner", "usage", "changelog", "showuri"))
+                         data_lines("banner", "help", "changelog", "showuri"))
 
     def test_for_the_log_print_nothing_at_the_start(self):
         for argument in ("-log", "/log", "-jsonlog", "/jsonlog", "--help", "help", "-help=1"):

@@ -5,7 +5,10 @@ import subprocess
 
 from packages import LIMIT, output_of
 
-SHARE = os.environ["CONNECT_STAGE"] + "/share"
+STAGE = os.environ["CONNECT_STAGE"]
+SHARE = STAGE + "/share"
+# The completions ask the program.
+PATH = STAGE + "/bin:/usr/bin:/bin"
 
 BASH = r"""
 source "$1"
@@ -31,7 +34,7 @@ bindkey '^I' offer
 
 def test_bash(switches):
     file = SHARE + "/bash-completion/completions/vastel-connect"
-    assert set(output_of("bash", "--norc", "-c", BASH, "-", file).split()) == switches
+    assert set(output_of("bash", "--norc", "-c", BASH, "-", file, PATH=PATH).split()) == switches
 
 
 def test_fish(switches, tmp_path):
@@ -39,7 +42,7 @@ def test_fish(switches, tmp_path):
     home = str(tmp_path)
     offered = output_of("fish", "--no-config", "-c",
                         "source $argv[1]; complete -C 'vastel-connect -'", file,
-                        HOME=home, XDG_CONFIG_HOME=home, XDG_DATA_HOME=home)
+                        HOME=home, XDG_CONFIG_HOME=home, XDG_DATA_HOME=home, PATH=PATH)
     assert {line.split("\t")[0] for line in offered.splitlines()} == switches
 
 
@@ -51,7 +54,7 @@ def test_zsh(switches, tmp_path):
     with subprocess.Popen(
             ["zsh", "-f", "-i"], stdin=terminal, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL, start_new_session=True,
-            env={"PATH": "/usr/bin:/bin", "HOME": str(tmp_path), "TERM": "dumb"}) as zsh:
+            env={"PATH": PATH, "HOME": str(tmp_path), "TERM": "dumb"}) as zsh:
         os.close(terminal)
         try:
             os.write(master, f"source {tmp_path}/setup\nvastel-connect -\t".encode())

@@ -44,6 +44,11 @@ def golden(*names):
     return "".join(texts)
 
 
+# All switches, of which -help alone has no line in its text; and those that print one.
+SWITCHES = ["-help", *re.findall(r"^  (-\w+): ", golden("help"), re.MULTILINE)]
+PRINTING = [switch for switch in SWITCHES if os.path.exists(f"{DATA}/{switch[1:]}.txt")]
+
+
 def log_message(line):
     """The message of a log line of either form."""
     if line.startswith("{"):

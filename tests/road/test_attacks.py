@@ -9,10 +9,8 @@ from gi.repository import Gio, GLib
 
 from desktop import BUS, INTERFACE, NAME, OBJECT, PROGRAM, SERVICE
 from model import make_link, page_link
-from processes import LIMIT, SILENCE
+from processes import LIMIT, SILENCE, SWITCHES
 from road import LINK, PAGE
-
-SWITCHES = ("-help", "/help", "-h", "-changelog", "-showuri", "-log", "-jsonlog", "--dbus-service")
 
 
 # Texts that are taken for options, or for files.
@@ -20,7 +18,7 @@ SWITCHES = ("-help", "/help", "-h", "-changelog", "-showuri", "-log", "-jsonlog"
 
 def test_a_text_of_the_bus_is_never_a_switch(desktop):
     listener = desktop.listen()
-    for switch in SWITCHES:
+    for switch in (*SWITCHES, "-h", "/help", "--dbus-service"):
         desktop.open(switch)
     desktop.open(LINK)
     assert desktop.opened() == PAGE

@@ -221,7 +221,7 @@ def test_the_program_rests_in_one_thread(desktop, listener):
     before = switches()
     # Something else for a while, that the program has no part in.
     for _ in range(20):
-        assert desktop.run("-help").output == golden("banner", "usage")
+        assert desktop.run("-help").output == golden("banner", "help")
     # At most it had still to lie down.
     assert switches() - before <= 1
     assert status_of(listener.pid)["Threads"] == "1"

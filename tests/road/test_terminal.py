@@ -17,10 +17,11 @@ import pytest
 
 from desktop import PROGRAM
 from model import page_link
-from processes import LIMIT, SILENCE, golden, log_message, messages_of, status_of
+from processes import LIMIT, PRINTING, SILENCE, golden, log_message, messages_of, status_of
 from road import FATAL, LINK, PAGE, pages
 
-SWITCHES = {"usage": "-help", "changelog": "/changelog", "showuri": "-showuri"}
+# By the names of the texts that they print.
+TEXTS = {switch[1:]: switch for switch in PRINTING}
 END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 NO_BUS = "vastel-connect: no session bus, so no link can arrive\n"
 # A page with what a log line has to treat with care. It forms no URL, so nothing is opened.
@@ -37,9 +38,9 @@ def texts(*names):
 
 
 @pytest.mark.parametrize("arguments, asked", [
-    *(([switch], [text]) for text, switch in SWITCHES.items()), (["/H"], ["usage"]),
+    *(([switch], [text]) for text, switch in TEXTS.items()), (["/H"], ["help"]),
     # In the fixed order, once each, whatever else is asked for.
-    (["-showuri", "-log", "-help", "/changelog", "--x", "-HELP"], SWITCHES)])
+    ([*reversed(PRINTING), "-log", "/changelog", "--x", "-HELP"], TEXTS)])
 def test_a_switch_prints_its_text_and_touches_no_name(desktop, arguments, asked):
     assert desktop.run(*arguments) == texts(*asked)
     assert desktop.names_seen() == []
@@ -59,7 +60,7 @@ def test_without_a_printing_switch_it_prints_the_banner_and_stays(desktop, argum
 
 
 def test_a_printing_switch_leaves_a_listener_its_name_and_its_links(desktop, listener):
-    assert desktop.run("-help", "-log") == texts("usage")
+    assert desktop.run("-help", "-log") == texts("help")
     desktop.expect_link(listener)
     assert len(desktop.names_seen()) == 1
 
@@ -68,7 +69,7 @@ def test_a_terminal_may_itself_be_started_by_the_bus(desktop):
     first = desktop.listen()
     terminal = {"streams": {"stdin": open_pair(desktop, os.openpty())[1]},
                 "DBUS_STARTER_BUS_TYPE": "session"}
-    assert desktop.run("-help", **terminal) == texts("usage")
+    assert desktop.run("-help", **terminal) == texts("help")
     assert len(desktop.names_seen()) == 1
     # As anywhere, a newer start takes the links.
     desktop.expect_link(desktop.listen("-log", **terminal))
@@ -78,7 +79,7 @@ def test_a_terminal_may_itself_be_started_by_the_bus(desktop):
 @pytest.mark.parametrize("bus", [False, True])
 def test_a_link_with_a_printing_switch_is_opened_before_the_text(new_desktop, bus):
     desktop = new_desktop(bus=bus)
-    for text, switch in SWITCHES.items():
+    for text, switch in TEXTS.items():
         assert desktop.run(LINK, switch, "-log") == texts(text)
         assert desktop.opened() == PAGE
     # The link comes first: one that ends the program leaves no text.
@@ -87,7 +88,7 @@ def test_a_link_with_a_printing_switch_is_opened_before_the_text(new_desktop, bu
 
 
 def test_a_link_with_a_printing_switch_leaves_a_listener_alone(desktop, listener):
-    assert desktop.run("-help", LINK) == texts("usage")
+    assert desktop.run("-help", LINK) == texts("help")
     assert desktop.opened() == PAGE
     assert listener.end() == SILENCE
 
@@ -252,8 +253,8 @@ def test_each_line_is_one_write(desktop):
                        socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET))
     ours.settimeout(LIMIT)
     writes = lambda count: [ours.recv(1 << 20).decode() for _ in range(count)]
-    assert desktop.run(*SWITCHES.values(), streams={"stdout": theirs}) == SILENCE
-    lines = golden("banner", "usage", "changelog").splitlines(keepends=True)
+    assert desktop.run("-help", "/changelog", "-showuri", streams={"stdout": theirs}) == SILENCE
+    lines = golden("banner", "help", "changelog").splitlines(keepends=True)
     # The description of links is one text.
     assert writes(len(lines) + 1) == [*lines, golden("showuri")]
 
@@ -323,7 +324,7 @@ def test_nothing_is_written_without_a_log_switch(desktop):
 def test_an_argument_that_is_not_utf8_is_refused(desktop):
     refusal = "vastel-connect: argument {} is not UTF-8: ignored\n"
     # The program goes on with the others, but for a link.
-    assert desktop.run(b"-h\xff", "-help") == (texts("usage")[0], refusal.format(1), 0)
+    assert desktop.run(b"-h\xff", "-help") == (texts("help")[0], refusal.format(1), 0)
     assert desktop.run("-log", b"screenpop:\xff") == ("", refusal.format(2), 1)
     assert desktop.names_seen() == []
 

@@ -1,6 +1,8 @@
 # bash completion for vastel-connect
 
 _vastel_connect() {
-    mapfile -t COMPREPLY < <(compgen -W "-log -jsonlog -help -h -changelog -showuri" -- "$2")
+    # -help has no line about itself.
+    mapfile -t COMPREPLY < <(compgen -W "-help -h $(vastel-connect -help |
+        sed -n 's/^  \(-[a-z]*\):.*/\1/p')" -- "$2")
 }
 complete -F _vastel_connect vastel-connect
