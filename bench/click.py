@@ -3,13 +3,11 @@
 On each desktop, a link in Chromium is clicked, and followed by the desktop's own opener as well. What
 is started on the way tells the time first: the opener, our process, and the handler.
 """
-import contextlib
 import json
 import os
 import socket
 import struct
 import sys
-import types
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path[:0] = [f"{HERE}/../tests/{folder}" for folder in ("road", "clients")]
@@ -31,13 +29,12 @@ PARTS = ("until the opener starts", "until we start", "ours")
 class Way:
     """A desktop on which all that is started on a link's way tells when it began."""
 
-    def __init__(self, test, name, programs):
-        self.desktop = Desktop(test, screen=True,
-                               **session_variables(None if name == "none" else name))
+    def __init__(self, desktop, name, programs):
+        self.desktop = desktop
         self._times = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         self._times.bind(self.desktop.folder + "/times")
         self._times.settimeout(LIMIT)
-        test.addCleanup(self._times.close)
+        desktop.callback(self._times.close)
         self._stamp = [f"{programs}/bench_handler", f"{self.desktop.folder}/times"]
         stamp = " ".join(self._stamp)
         self.desktop.install_handler(command=stamp + " %u")
@@ -49,20 +46,19 @@ class Way:
         with open(f"{self.desktop.folder}/config/mimeapps.list", "a", encoding="utf-8") as file:
             file.write(f"x-scheme-handler/screenpop={NAME}.desktop\n")
         self._opener = OPENERS[name]
-        self._test = test
         # The link that starts the program is no matter of every day.
         self.desktop.listen()
 
     def clicks(self, rounds):
         """The parts of so many clicks."""
-        site = Site(self._test)
+        site = Site(self.desktop)
         # The link is all that there is to click.
         site.texts["/call"] = (f'<a style="position: fixed; inset: 0" href="{link_to(PAGE)}"></a>'
                                "<script>onload = () => fetch('/report', { method: 'POST' })</script>")
         # On every desktop, Chromium asks the same opener.
         self.desktop.install_script("openers/xdg-open", " ".join(
             ["exec", *self._stamp, '/usr/bin/xdg-open "$@"\n']))
-        chromium = Chromium(self._test, self.desktop, site.origin,
+        chromium = Chromium(self.desktop, site.origin,
                             PATH=self.desktop.folder + "/openers:/usr/bin:/bin")
         chromium.show(site.origin + "/call")
         site.report()
@@ -93,9 +89,8 @@ def main():
     rounds, results, programs = sys.argv[1:]
     rows = []
     for name in OPENERS:
-        with contextlib.ExitStack() as stack:
-            way = Way(types.SimpleNamespace(addCleanup=stack.callback, skipTest=sys.exit), name,
-                      programs)
+        with Desktop(screen=True, **session_variables(None if name == "none" else name)) as desktop:
+            way = Way(desktop, name, programs)
             openings = list(way.openings(int(rounds)))
             clicks = list(way.clicks(int(rounds)))
         rows += [row(f"click, {name}", PARTS, clicks),

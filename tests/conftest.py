@@ -1,7 +1,8 @@
-"""What tests start from: a private `desktop`, and on it the program as a `listener`; a `site` and a
-`chromium` that shows it."""
+"""What tests start from: a private `desktop`, and on it the program as a `listener`, or a web client's
+`site`."""
 
 import contextlib
+import os
 
 import pytest
 
@@ -31,3 +32,17 @@ def desktop(new_desktop):
 def listener(desktop):
     """The program on that desktop, with -log: links go to it."""
     return desktop.listen("-log")
+
+
+@pytest.fixture
+def site(desktop):
+    """A web client's site, for browsers on that desktop."""
+    from browser import Site
+
+    return Site(desktop)
+
+
+def pytest_collection_modifyitems(items):
+    """Leaves out what wants the clients of all desktops, which ./test clients has."""
+    if "CONNECT_CLIENTS" not in os.environ:
+        items[:] = [item for item in items if not item.get_closest_marker("clients")]

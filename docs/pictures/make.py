@@ -6,12 +6,10 @@ lines.
 """
 
 import base64
-import contextlib
 import os
 import pathlib
 import re
 import sys
-import types
 from xml.sax.saxutils import escape
 
 FOLDER = pathlib.Path(__file__).resolve().parent
@@ -47,8 +45,7 @@ def follow_link(stage):
     import desktop  # It wants the variable above.
     from processes import golden
 
-    with contextlib.ExitStack() as stack:
-        session = desktop.Desktop(types.SimpleNamespace(addCleanup=stack.callback))
+    with desktop.Desktop() as session:
         monitor = session.spawn("busctl", "--user", "monitor",
                                 f"--match=type='method_call',interface='{desktop.INTERFACE}'")
         monitor.errors.next()  # It watches from here on.

@@ -54,9 +54,9 @@ def make_profile(desktop):
 
 
 class Firefox:
-    def __init__(self, test, desktop, permitted=None):
+    def __init__(self, desktop, permitted=None):
         """`permitted`: the origin whose links open without a question, by policy."""
-        need(test, "firefox-esr", "Xvfb")
+        need("firefox-esr", "Xvfb")
         profile = make_profile(desktop)
         # What starts it again, for it to open a page.
         self.command = f"firefox-esr --profile {profile} %u"
@@ -72,7 +72,7 @@ class Firefox:
         self._count = 0
         self._receive()
         self._call("WebDriver:NewSession", {})
-        test.addCleanup(self._quit)
+        desktop.callback(self._quit)
 
     def show(self, address):
         self._call("WebDriver:Navigate", {"url": address})

@@ -9,9 +9,9 @@ from processes import LIMIT
 
 
 class Screen:
-    def __init__(self, test, desktop):
+    def __init__(self, desktop):
         self._display = display.Display(desktop.environment()["DISPLAY"])
-        test.addCleanup(self._display.close)
+        desktop.callback(self._display.close)
         self._root = self._display.screen().root
         self._root.change_attributes(event_mask=X.SubstructureNotifyMask)
         self._display.sync()

@@ -1,41 +1,39 @@
 """What dev/bare says when it makes no system, and what it leaves behind."""
 
 import os
+import re
 import subprocess
-import tempfile
-import unittest
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-SYSTEMS = ROOT + "/build/bare"
-LIMIT = 100
+import pytest
+
+from processes import LIMIT, ROOT
+
+SYSTEMS = ROOT / "build/bare"
 
 
-class Bare(unittest.TestCase):
-    def expect_failure(self, *arguments, errors, status, **environment):
-        before = os.listdir(SYSTEMS) if os.path.exists(SYSTEMS) else []
-        with tempfile.TemporaryDirectory(prefix="connect-test-") as folder:
-            # The system's own users pass through it when it is made and removed.
-            os.chmod(folder, 0o755)
-            done = subprocess.run([ROOT + "/dev/bare", *arguments], timeout=LIMIT, check=False,
-                                  env={**os.environ, "TMPDIR": folder, **environment},
-                                  stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8")
-            self.assertEqual(os.listdir(folder), [])
-        self.assertRegex(done.stderr, rf"\A{errors}\n\Z")
-        self.assertEqual(done.returncode, status)
-        self.assertEqual(os.listdir(SYSTEMS) if os.path.exists(SYSTEMS) else [], before)
-
-    def test_wants_a_suite_and_a_command(self):
-        self.expect_failure("bookworm", errors="usage: dev/bare SUITE COMMAND .*", status=2)
-
-    def test_knows_no_such_suite(self):
-        self.expect_failure("no-such-suite", "true", status=1,
-                            errors="dev/bare: no system of the suite no-such-suite can be made: .*")
-
-    def test_says_that_namespaces_are_refused(self):
-        with tempfile.TemporaryDirectory(prefix="connect-test-") as folder:
-            with open(folder + "/unshare", "w", encoding="utf-8") as file:
-                file.write("#!/bin/sh\necho Not permitted >&2\nexit 1\n")
-            os.chmod(folder + "/unshare", 0o755)
-            self.expect_failure("bookworm", "true", status=77,
-                                errors="This machine refuses namespaces: .*",
-                                PATH=f"{folder}:{os.environ['PATH']}")
+@pytest.mark.parametrize("arguments, errors, status", [
+    (["bookworm"], "usage: dev/bare SUITE COMMAND .*", 2),
+    (["no-such-suite", "true"],
+     "dev/bare: no system of the suite no-such-suite can be made: .*", 1),
+    (["bookworm", "true"], "This machine refuses namespaces: .*", 77)])
+def test_a_sentence_says_why_no_system_is_made(tmp_path, arguments, errors, status):
+    systems = lambda: [*SYSTEMS.iterdir()] if SYSTEMS.exists() else []
+    before = systems()
+    folder, tools = tmp_path / "temporary", tmp_path / "tools"
+    folder.mkdir()
+    tools.mkdir()
+    # The system's own users pass through it when it is made and removed.
+    for each in (*folder.parents, folder):
+        if each.is_relative_to(tmp_path.parent.parent):
+            each.chmod(0o755)
+    if status == 77:
+        (tools / "unshare").write_text("#!/bin/sh\necho Not permitted >&2\nexit 1\n")
+        (tools / "unshare").chmod(0o755)
+    done = subprocess.run([ROOT / "dev/bare", *arguments], timeout=2 * LIMIT, check=False,
+                          env={**os.environ, "TMPDIR": str(folder),
+                               "PATH": f"{tools}:{os.environ['PATH']}"},
+                          stdin=subprocess.DEVNULL, capture_output=True, text=True)
+    assert re.fullmatch(rf"{errors}\n", done.stderr)
+    assert done.returncode == status
+    assert [*folder.iterdir()] == []
+    assert systems() == before

@@ -3,39 +3,32 @@
 import os
 import re
 import subprocess
-import unittest
+from pathlib import Path
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-STAGE = os.environ["CONNECT_STAGE"]
-RELEASE = re.compile(r"^## (\d+\.\d+\.\d+) \((\d{4}-\d\d-\d\d)\)$", re.MULTILINE)
+from processes import ROOT
 
-
-def text_of(*path):
-    with open(os.path.join(*path), encoding="utf-8") as file:
-        return file.read()
+SHARE = Path(os.environ["CONNECT_STAGE"]) / "share"
+VERSION, DATE = re.search(r"^## (\d+\.\d+\.\d+) \((\d{4}-\d\d-\d\d)\)$",
+                          (ROOT / "CHANGELOG.md").read_text(), re.MULTILINE).groups()
 
 
-class Release(unittest.TestCase):
-    def setUp(self):
-        self.version, self.date = RELEASE.search(text_of(ROOT, "CHANGELOG.md")).groups()
+def test_manual_and_software_centre_are_told_the_version():
+    manual = (SHARE / "man/man1/vastel-connect.1").read_text()
+    assert f'{DATE} "Vastel Connect {VERSION}"' in manual.splitlines()[0]
+    assert f'<release version="{VERSION}" date="{DATE}" />' in (
+        SHARE / "metainfo/com.vastel.Connect.metainfo.xml").read_text()
 
-    def test_the_manual_names_the_version(self):
-        self.assertIn(f'{self.date} "Vastel Connect {self.version}"',
-                      text_of(STAGE, "share/man/man1/vastel-connect.1").splitlines()[0])
 
-    def test_the_software_centre_is_told_the_version(self):
-        self.assertIn(f'<release version="{self.version}" date="{self.date}" />',
-                      text_of(STAGE, "share/metainfo/com.vastel.Connect.metainfo.xml"))
+def test_no_other_file_holds_the_version():
+    names = ("CMakeLists.txt", "README.md", "SECURITY.md", "cmake", "debian", "docs/macos.md",
+             "packaging", "platform")
+    found = subprocess.run(["grep", "--recursive", "--files-with-matches", "--fixed-strings", VERSION,
+                            *(ROOT / name for name in names)], stdout=subprocess.PIPE, text=True,
+                           check=False)
+    assert found.stdout == ""
 
-    def test_no_other_file_holds_the_version(self):
-        found = subprocess.run(
-            ["grep", "--recursive", "--files-with-matches", "--fixed-strings", self.version,
-             *(f"{ROOT}/{name}" for name in ("CMakeLists.txt", "README.md", "SECURITY.md", "cmake",
-                                             "debian", "docs/macos.md", "packaging", "platform"))],
-            stdout=subprocess.PIPE, text=True, check=False).stdout
-        self.assertEqual(found, "")
 
-    def test_the_notice_is_that_of_the_package(self):
-        words = lambda text: " ".join(text.split())
-        notice = re.search(r"All rights reserved\..*?machines\.", text_of(ROOT, "LICENSE"), re.DOTALL)
-        self.assertIn(words(notice[0]), words(text_of(ROOT, "debian/copyright")))
+def test_the_notice_is_that_of_the_package():
+    words = lambda text: " ".join(text.split())
+    notice = re.search(r"All rights reserved\..*?machines\.", (ROOT / "LICENSE").read_text(), re.DOTALL)
+    assert words(notice[0]) in words((ROOT / "debian/copyright").read_text())

@@ -6,13 +6,11 @@ import pathlib
 import re
 import shutil
 import subprocess
-import unittest
 
 import pytest
 
 import browser
 import links
-from desktop import Desktop
 from model import decode, expect, make_link, page_link, parse
 from processes import ROOT
 from test_tables import cells
@@ -74,92 +72,107 @@ def test_a_command_line_holds_as_much_as_is_said(desktop, listener):
         desktop.run(text + "A")
 
 
-class PageTest(unittest.TestCase):
-    def setUp(self):
-        self.chromium = browser.Chromium(self, Desktop(self, screen=True))
-        self.chromium.show(PAGE_FILE.as_uri())
-
-    def test_it_says_what_the_model_says(self):
-        """And so what the program does (road/test_all_links.py)."""
-        texts = links.all_links()
-        readings = self.chromium.execute("return arguments[0].map(readLink)", texts)
-        for text, reading in zip(texts, readings, strict=True):
-            with self.subTest(text=text[:200]):
-                expected = expect(text)
-                self.assertEqual((reading["messages"], reading["opens"], reading["ends"]),
-                                 (expected.messages, expected.opened, expected.fatal))
-
-    def test_it_fits_a_telephone(self):
-        self.chromium.devtools("Emulation.setDeviceMetricsOverride", width=360, height=740,
-                               deviceScaleFactor=1, mobile=True)
-        self.chromium.type("#page", "https://crm.example/" + "x" * 80)
-        self.assertEqual(self.chromium.execute("return document.documentElement.scrollWidth"), 360)
-
-    if AXE:  # By npm install --global axe-core.
-        def test_whoever_cannot_see_it_may_use_it(self):
-            for scheme in "light", "dark":
-                self.chromium.devtools("Emulation.setEmulatedMedia", features=[
-                    {"name": "prefers-color-scheme", "value": scheme}])
-                self.assertEqual(self.chromium.execute(
-                    AXE[0].read_text() + "; return axe.run().then((result) => "
-                    "[matchMedia(arguments[0]).matches, result.violations.map(({ id }) => id)])",
-                    f"(prefers-color-scheme: {scheme})"), [True, []])
+# The page in Chromium.
 
 
-class MakingTest(unittest.TestCase):
-    def test_the_examples_make_links(self):
-        self.show("<a id=link>call</a>")
-        for document in "README.md", "docs/links.md":
-            (example,) = examples(document, "js")
-            # With a name that was cut within an emoji.
-            self.chromium.execute(example.replace("WebPage:", r'Name: "\ud83d", WebPage:'))
-            self.chromium.click("#link")
-            self.assertEqual(self.desktop.opened(), PAGE)
+@pytest.fixture
+def desktop(new_desktop):
+    return new_desktop(screen=True, XDG_CURRENT_DESKTOP="GNOME")
 
-    def test_one_link_follows_from_one_click(self):
-        first, second, third = (page_link(f"https://crm.example/{n}") for n in (1, 2, 3))
-        self.show(f"<a id=first href={first}>1</a><p>text")
-        self.chromium.click("#first")
-        self.assertEqual(self.desktop.opened(), "https://crm.example/1")
-        self.chromium.execute("location.href = arguments[0]", second)
-        self.chromium.click("p")
-        self.chromium.execute("location.href = arguments[0]", third)
-        self.assertEqual(self.desktop.opened(), "https://crm.example/3")
 
-    def test_chromium_follows_a_link_as_long_as_is_said(self):
-        """What becomes of a longer one differs from version to version."""
-        self.show("""<a id=link>call</a><script>
-            link.href = "screenpop:".padEnd(2097152, "A");
-            // The question about a link takes the focus.
-            onblur = () => fetch("/report", { method: "POST", body: "question" });
-            </script>""", permitted=False)
-        self.chromium.click("#link")
-        self.assertEqual(self.site.report(), "question")
+@pytest.fixture
+def page(desktop):
+    """The page in Chromium."""
+    chromium = browser.Chromium(desktop)
+    chromium.show(PAGE_FILE.as_uri())
+    return chromium
 
-    def test_the_link_that_the_page_makes_opens_its_page(self):
-        self.check_link("#plain", "screenpop:")
 
-    def test_the_link_with_slashes_that_the_page_makes_opens_its_page(self):
-        self.check_link("#slashes", "screenpop://")
+def test_the_page_says_what_the_model_says(page):
+    """And so what the program does (road/test_all_links.py)."""
+    texts = links.all_links()
+    readings = page.execute("return arguments[0].map(readLink)", texts)
+    for text, reading in zip(texts, readings, strict=True):
+        expected = expect(text)
+        assert (reading["messages"], reading["opens"], reading["ends"]) == (
+            expected.messages, expected.opened, expected.fatal), text[:200]
 
-    def show(self, text, permitted=True):
-        """Shows a page of this text, in a desktop that reports pages."""
-        self.desktop = Desktop(self, screen=True, XDG_CURRENT_DESKTOP="GNOME")
-        self.site = browser.Site(self)
-        self.site.texts["/links.html"] = text
-        self.chromium = browser.Chromium(self, self.desktop, self.site.origin if permitted else None)
-        self.chromium.show(f"{self.site.origin}/links.html")
 
-    def check_link(self, selector, prefix):
-        self.show(PAGE_FILE.read_text())
-        self.chromium.type("#page", "https://crm.example/?number=%2B31201234567")
-        self.chromium.type("#fields", "Caller name=Jänsen, M. 📞\nCaller number=+31=201234567")
-        link = make_link(
-            '{"WebPage":"https://crm.example/?number=%2B31201234567",'
-            '"CallFields":{"Caller name":"Jänsen, M. 📞","Caller number":"+31=201234567"}}', prefix)
-        self.assertEqual(self.chromium.execute(
-            f"return document.querySelector('{selector}').textContent"), link)
-        self.assertEqual(self.chromium.execute("return at('log').textContent").split("\n"), [
-            *(PREFIX + message for message in expect(link.replace("://", ":")).messages), ""])
-        self.chromium.click(selector)
-        self.assertEqual(self.desktop.opened(), "https://crm.example/?number=%2B31201234567")
+def test_the_page_fits_a_telephone(page):
+    page.devtools("Emulation.setDeviceMetricsOverride", width=360, height=740, deviceScaleFactor=1,
+                  mobile=True)
+    page.type("#page", "https://crm.example/" + "x" * 80)
+    assert page.execute("return document.documentElement.scrollWidth") == 360
+
+
+if AXE:  # By npm install --global axe-core.
+    @pytest.mark.parametrize("scheme", ["light", "dark"])
+    def test_whoever_cannot_see_the_page_may_use_it(page, scheme):
+        page.devtools("Emulation.setEmulatedMedia", features=[
+            {"name": "prefers-color-scheme", "value": scheme}])
+        assert page.execute(
+            AXE[0].read_text() + "; return axe.run().then((result) => "
+            "[matchMedia(arguments[0]).matches, result.violations.map(({ id }) => id)])",
+            f"(prefers-color-scheme: {scheme})") == [True, []]
+
+
+# The links that pages make.
+
+
+@pytest.fixture
+def show(desktop, site):
+    """Shows a page of a text in Chromium, whose links open without a question where permitted."""
+    def shown(text, permitted=True):
+        site.texts["/links.html"] = text
+        chromium = browser.Chromium(desktop, site.origin if permitted else None)
+        chromium.show(f"{site.origin}/links.html")
+        return chromium
+
+    return shown
+
+
+def test_the_examples_make_links(desktop, show):
+    chromium = show("<a id=link>call</a>")
+    for document in "README.md", "docs/links.md":
+        (example,) = examples(document, "js")
+        # With a name that was cut within an emoji.
+        chromium.execute(example.replace("WebPage:", r'Name: "\ud83d", WebPage:'))
+        chromium.click("#link")
+        assert desktop.opened() == PAGE
+
+
+def test_one_link_follows_from_one_click(desktop, show):
+    first, second, third = (page_link(f"https://crm.example/{n}") for n in (1, 2, 3))
+    chromium = show(f"<a id=first href={first}>1</a><p>text")
+    chromium.click("#first")
+    assert desktop.opened() == "https://crm.example/1"
+    chromium.execute("location.href = arguments[0]", second)
+    chromium.click("p")
+    chromium.execute("location.href = arguments[0]", third)
+    assert desktop.opened() == "https://crm.example/3"
+
+
+def test_chromium_follows_a_link_as_long_as_is_said(site, show):
+    """What becomes of a longer one differs from version to version."""
+    chromium = show("""<a id=link>call</a><script>
+        link.href = "screenpop:".padEnd(2097152, "A");
+        // The question about a link takes the focus.
+        onblur = () => fetch("/report", { method: "POST", body: "question" });
+        </script>""", permitted=False)
+    chromium.click("#link")
+    assert site.report() == "question"
+
+
+@pytest.mark.parametrize("selector, prefix", [("#plain", "screenpop:"), ("#slashes", "screenpop://")])
+def test_the_link_that_the_page_makes_opens_its_page(desktop, show, selector, prefix):
+    chromium = show(PAGE_FILE.read_text())
+    chromium.type("#page", "https://crm.example/?number=%2B31201234567")
+    chromium.type("#fields", "Caller name=Jänsen, M. 📞\nCaller number=+31=201234567")
+    link = make_link(
+        '{"WebPage":"https://crm.example/?number=%2B31201234567",'
+        '"CallFields":{"Caller name":"Jänsen, M. 📞","Caller number":"+31=201234567"}}', prefix)
+    assert chromium.execute(f"return document.querySelector('{selector}').textContent") == link
+    assert chromium.execute("return at('log').textContent").split("\n") == [
+        *(PREFIX + message for message in expect(link.replace("://", ":")).messages), ""]
+    chromium.click(selector)
+    assert desktop.opened() == "https://crm.example/?number=%2B31201234567"

@@ -11,9 +11,11 @@ import subprocess
 import threading
 import urllib.request
 
-from processes import LIMIT
+import pytest
 
-POLICIES = pathlib.Path(__file__).resolve().parents[2] / "packaging/policies"
+from processes import LIMIT, ROOT
+
+POLICIES = ROOT / "packaging/policies"
 POLICY_ORIGIN = "https://phone.example.com"
 CHROMIUM_SWITCHES = ["--no-sandbox", "--no-first-run", "--no-default-browser-check",
                      "--disable-background-networking", "--disable-component-update",
@@ -43,13 +45,13 @@ def may_mount():
                           stderr=subprocess.DEVNULL, check=False).returncode == 0
 
 
-def need(test, *programs):
+def need(*programs):
     """Skips a test where programs are missing, or where no policy can be put before a browser."""
     missing = [program for program in programs if shutil.which(program) is None]
     if missing:
-        test.skipTest("not installed: " + " ".join(missing))
+        pytest.skip("not installed: " + " ".join(missing))
     if not may_mount():
-        test.skipTest("the system permits no private namespaces")
+        pytest.skip("the system permits no private namespaces")
 
 
 def with_policy(desktop, command, path, policy, origin):
@@ -72,7 +74,7 @@ class Site:
     but for those whose texts stand in `texts`, by path.
     """
 
-    def __init__(self, test):
+    def __init__(self, desktop):
         self.requests = []
         self.link = ""
         self.texts = {}
@@ -100,8 +102,8 @@ class Site:
         self.origin = f"http://127.0.0.1:{server.server_port}"
         self.plain_origin = f"http://phone.test:{server.server_port}"
         threading.Thread(target=server.serve_forever, daemon=True).start()
-        test.addCleanup(server.server_close)
-        test.addCleanup(server.shutdown)
+        desktop.callback(server.server_close)
+        desktop.callback(server.shutdown)
 
     def text(self):
         return (f'<!DOCTYPE html><link rel="icon" href="data:,"><a id="link" href="{self.link}">call'
@@ -119,10 +121,10 @@ class Site:
 class Chromium:
     """A session of Chromium, over WebDriver's own protocol."""
 
-    def __init__(self, test, desktop, permitted=None, **environment):
+    def __init__(self, desktop, permitted=None, **environment):
         """`permitted`: the origin whose links open without a question, by policy. `environment`:
         changes of its own to the desktop's."""
-        need(test, "chromium", "chromedriver", "Xvfb")
+        need("chromium", "chromedriver", "Xvfb")
         switches = [*CHROMIUM_SWITCHES, f"--user-data-dir={desktop.folder}/chromium"]
         # What starts it again, for it to open a page.
         self.command = f"chromium {' '.join(switches)} %U"
@@ -139,7 +141,7 @@ class Chromium:
         session = self._command("POST", "/session", {
             "capabilities": {"alwaysMatch": {"goog:chromeOptions": options}}})
         self._session += f"/session/{session['sessionId']}"
-        test.addCleanup(self._command, "DELETE", "")
+        desktop.callback(self._command, "DELETE", "")
 
     def show(self, address):
         self._command("POST", "/url", {"url": address})
@@ -164,12 +166,12 @@ class Chromium:
         self._command("POST", "/goog/cdp/execute", {"cmd": command, "params": parameters})
 
     def addresses(self):
-        """The address of each tab."""
+        """The address of each tab, sorted."""
         addresses = []
         for handle in self._command("GET", "/window/handles"):
             self._command("POST", "/window", {"handle": handle})
             addresses.append(self._command("GET", "/url"))
-        return addresses
+        return sorted(addresses)
 
     def _element(self, selector):
         element = self._command("POST", "/element", {"using": "css selector", "value": selector})
