@@ -6,10 +6,10 @@ import re
 import pytest
 
 from desktop import PROGRAM
-from processes import DATA
+from processes import ROOT
 
 PATH = f"{pathlib.Path(PROGRAM).parent}:/usr/bin:/bin"
-PAGE = pathlib.Path(DATA).parents[1] / "docs/troubleshooting.md"
+PAGE = ROOT / "docs/troubleshooting.md"
 
 
 def blocks():
