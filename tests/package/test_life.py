@@ -5,12 +5,13 @@ import re
 from packages import NAME, changed_deb, package
 
 from model import page_link
-from processes import wait_for_end
+from processes import ROOT, wait_for_end
 
 # What apt and dpkg remember of all that they did.
 MEMORIES = re.compile(r"/var/cache/apt/.*|/var/lib/apt/lists/auxfiles|/var/lib/dpkg/status-old|"
                       r"/var/cache/debconf/tmp\.ci|"
                       r"/var/log/(alternatives\.log|apt/.*|dpkg\.log)")
+DEPLOY = (ROOT / "docs/deploy.md").read_text(encoding="utf-8")
 OPENERS = [("gio open", "GNOME"), ("xdg-open", "GNOME"), ("xdg-open", "")]
 
 
@@ -45,7 +46,10 @@ def test_installs_upgrades_and_leaves(tree, tmp_path):
                 "org.freedesktop.Application.Open", "['LINK']", "{}")
     first = tree.owner()
     expect_openers_work(tree)
+    tree.write("/tmp/check", re.search(r"(?s)```sh\n(command -v .*?)```", DEPLOY)[1].encode())
+    tree.run("sh", "-c", re.search("(?m)^runuser .*$", DEPLOY)[0])
     assert tree.owner() == first
+    tree.run("sh", "-c", (ROOT / "debian/tests/smoke").read_text(), agent=True)
 
     tree.install(changed_deb(tmp_path, "s/^Version:.*/Version: 9/"))
     expect_openers_work(tree)

@@ -13,9 +13,10 @@ UPDATE = ("update", "-o", "Dir::Etc::sourcelist=sources.list.d/connect.list",
 
 def test_an_upgrade_of_the_system_brings_the_build_for_the_next_release(tree, tmp_path):
     own = package("vastel-connect_*.deb")
-    version, release = re.fullmatch(r"([\d.]+\+deb)(\d+)",
-                                    output_of("dpkg-deb", "--field", own, "Version").strip()).groups()
-    debs = {"own": own, "next": changed_deb(tmp_path, f"/^Version:/s/{release}$/{int(release) + 1}/")}
+    start, release = re.fullmatch(r"([\d.]+\+[a-z]+)([\d.]+)\n",
+                                  output_of("dpkg-deb", "--field", own, "Version")).groups()
+    releases = {"own": release, "next": f"{float(release) + 1:g}"}
+    debs = {"own": own, "next": changed_deb(tmp_path, f"/^Version:/s/{release}$/{releases['next']}/")}
     (tmp_path / "conf").mkdir()
     (tmp_path / "conf/distributions").write_text("".join(map(DISTRIBUTION.format, debs)))
     for suite, deb in debs.items():
@@ -25,10 +26,10 @@ def test_an_upgrade_of_the_system_brings_the_build_for_the_next_release(tree, tm
         archive.add(tmp_path, "repository")
     tree.run("tar", "-C", "/", "-x", input=files.getvalue())
 
-    for suite, number in ("own", int(release)), ("next", int(release) + 1):
+    for suite, release in releases.items():
         tree.write("/etc/apt/sources.list.d/connect.list",
                    f"deb [trusted=yes] file:/repository {suite} main".encode())
         tree.apt(*UPDATE)
         tree.apt("install", "--no-install-recommends", "vastel-connect")
         assert tree.run("dpkg-query", "--show", "--showformat", "${Version}",
-                        "vastel-connect") == f"{version}{number}"
+                        "vastel-connect") == start + release

@@ -12,7 +12,7 @@ mkdir "$1/a copy"
 tar -C "$0" --exclude=./build --exclude=./.git -c . | tar -C "$1/a copy" -x --touch
 cd "$1/a copy"
 umask 077
-TZ=Asia/Kathmandu LC_ALL=C.UTF-8 DEB_BUILD_OPTIONS=parallel=1 dev/package "$1/again"
+TZ=Asia/Kathmandu LC_ALL=C.UTF-8 dev/package "$1/again"
 """
 
 
