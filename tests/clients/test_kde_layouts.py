@@ -9,7 +9,8 @@ import os
 import re
 import shutil
 import subprocess
-import unittest
+
+import pytest
 
 from clients import KDE_OPENER
 from desktop import MENU
@@ -18,7 +19,9 @@ from handler_layout import Answer, Layout
 
 LAYOUTS = 600
 OPENER = shutil.which(KDE_OPENER)
+pytestmark = pytest.mark.skipif(not OPENER, reason="not installed: " + KDE_OPENER)
 WEB = ("http", "https")
+URLS = ["http://127.0.0.1:8080/?a=1", "https://127.0.0.1/", "made:page"]
 
 # Of KDE 6 and of KDE 5.
 MENUS = {f"{folder}/menus/{prefix}applications.menu": MENU
@@ -68,7 +71,7 @@ def launch(answer):
 class KdeGenerator(Generator):
     """Layouts of KDE, in which each entry puts its own path on its command line."""
 
-    urls = ["http://127.0.0.1:8080/?a=1", "https://127.0.0.1:8080/#a", "made:page"]
+    urls = [URLS[0], "https://127.0.0.1:8080/#a", URLS[2]]
 
     def layout(self):
         layout = super().layout()
@@ -100,7 +103,7 @@ class KdeGenerator(Generator):
 
     def add_entry(self, path):
         if not path.isprintable():
-            return  # See test_choice_in_a_folder_that_kde_6_does_not_read.
+            return  # See test_a_choice_in_a_folder_that_kde_6_does_not_read.
         super().add_entry(path)
         name = re.sub("[^a-z0-9/.-]", "_", path)
         text = re.sub("(?m)^(Exec ?=.*) (%[uU])", rf"\1 --of={name} \2", self.files[path])
@@ -115,69 +118,61 @@ def examine(seed):
     return layout, *layout.answers()
 
 
-@unittest.skipUnless(OPENER, "not installed: " + KDE_OPENER)
-class KdeLayouts(unittest.TestCase):
-    ENTRIES = {"share2/applications/alpha.desktop": entry("one --alpha %u"),
-               "share2/applications/beta.desktop": entry("two --beta %U")}
+ENTRIES = {"share2/applications/alpha.desktop": entry("one --alpha %u"),
+           "share2/applications/beta.desktop": entry("two --beta %U")}
+BETA = chosen("beta.desktop", *WEB)
 
-    def assert_plain(self, program, files, url="https://127.0.0.1/"):
-        layout = KdeLayout(self.ENTRIES | files, url=url)
+
+@pytest.mark.parametrize("files, urls", [
+    # The choice of the user, and of the system.
+    ({"config/mimeapps.list": chosen("beta.desktop;alpha.desktop;", *WEB, "made")}, URLS),
+    ({"etc2/mimeapps.list": BETA}, URLS[1:2]), ({"share1/applications/mimeapps.list": BETA}, URLS[1:2]),
+    # It wins over the older setting, and over another desktop's file.
+    *(({"config/mimeapps.list": BETA,
+        "config/kdeglobals": f"[General]\nBrowserApplication={browser}\n"}, URLS[1:2])
+      for browser in BROWSERS),
+    ({"config/mimeapps.list": BETA,
+      "share1/applications/kde-mimeapps.list": chosen("alpha.desktop", *WEB)}, URLS[1:2])])
+def test_what_is_plain(files, urls):
+    for url in urls:
+        layout = KdeLayout(ENTRIES | files, url=url)
         ours, kde = layout.answers()
-        self.assertEqual(ours.launch[:1], ["@/bin/" + program], layout)
-        self.assertEqual(launch(ours), kde, layout)
+        assert ours.launch[:1] == ["@/bin/two"], layout
+        assert launch(ours) == kde, layout
 
-    def assert_not_plain(self, files, url="https://127.0.0.1/"):
-        layout = KdeLayout(self.ENTRIES | files, url=url)
-        self.assertIsNone(layout.answers()[0].application, layout)
 
-    def test_choice_of_the_user(self):
-        files = {"config/mimeapps.list": chosen("beta.desktop;alpha.desktop;", *WEB, "made")}
-        for url in KdeGenerator.urls:
-            self.assert_plain("two", files, url)
+@pytest.mark.parametrize("files", [
+    {"config/mimeapps.list": BETA, "config/kde-mimeapps.list": chosen("alpha.desktop", *WEB)},
+    {"share2/applications/mimeinfo.cache": chosen("beta.desktop;", *WEB, group="MIME Cache")}])
+def test_what_is_not_plain(files):
+    layout = KdeLayout(ENTRIES | files)
+    assert layout.answers()[0].application is None, layout
 
-    def test_choice_of_the_system(self):
-        for folder in ("etc2", "share1/applications"):
-            self.assert_plain("two", {f"{folder}/mimeapps.list": chosen("beta.desktop", *WEB)})
 
-    def test_choice_wins_over_the_older_setting(self):
-        for browser in BROWSERS:
-            self.assert_plain("two", {
-                "config/mimeapps.list": chosen("beta.desktop", *WEB),
-                "config/kdeglobals": f"[General]\nBrowserApplication={browser}\n"})
+def test_the_choice_for_https_is_that_for_http():
+    files = {"config/mimeapps.list": chosen("beta.desktop", "https") + chosen("alpha.desktop", "http")}
+    ours, kde = KdeLayout(ENTRIES | files).answers()
+    assert launch(ours) == kde == ["@/bin/two", "--beta", "https://127.0.0.1/"]
+    layout = KdeLayout(ENTRIES | files, url="http://127.0.0.1/")
+    assert layout.answers()[0].application is None
+    assert layout.kde() == ["@/bin/two", "--beta", "http://127.0.0.1/"]
 
-    def test_choice_for_https_is_that_for_http(self):
-        files = {"config/mimeapps.list": chosen("beta.desktop", "https") +
-                                         chosen("alpha.desktop", "http")}
-        self.assert_plain("two", files)
-        self.assert_not_plain(files, "http://127.0.0.1/")
-        self.assertEqual(KdeLayout(self.ENTRIES | files, url="http://127.0.0.1/").kde(),
-                         ["@/bin/two", "--beta", "http://127.0.0.1/"])
 
-    def test_file_of_the_desktop_is_not_plain(self):
-        files = {"config/mimeapps.list": chosen("beta.desktop", *WEB),
-                 "share1/applications/kde-mimeapps.list": chosen("alpha.desktop", *WEB)}
-        self.assert_plain("two", files)
-        self.assert_not_plain(files | {"config/kde-mimeapps.list": chosen("alpha.desktop", *WEB)})
+def test_a_choice_in_a_folder_that_kde_6_does_not_read():
+    """A name in it is not UTF-8. The choice is opened there as well, on purpose: KDE's opener would
+    open another application, or nothing."""
+    ours, kde = KdeLayout(ENTRIES | {"config/mimeapps.list": BETA,
+                                     "share2/applications/\udcff": ""}).answers()
+    assert launch(ours) == ["@/bin/two", "--beta", "https://127.0.0.1/"]
+    assert kde in [launch(ours), []]
 
-    def test_choice_in_a_folder_that_kde_6_does_not_read(self):
-        """A name in it is not UTF-8. The choice is opened there as well, on purpose: KDE's opener
-        would open another application, or nothing."""
-        ours, kde = KdeLayout(self.ENTRIES | {
-            "config/mimeapps.list": chosen("beta.desktop", *WEB),
-            "share2/applications/\udcff": ""}).answers()
-        self.assertEqual(launch(ours), ["@/bin/two", "--beta", "https://127.0.0.1/"])
-        self.assertIn(kde, [launch(ours), []])
 
-    def test_no_choice_is_not_plain(self):
-        self.assert_not_plain({"share2/applications/mimeinfo.cache": chosen(
-            "beta.desktop;", *WEB, group="MIME Cache")})
-
-    def test_many_layouts(self):
-        plain = 0
-        with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as workers:
-            for layout, ours, kde in workers.map(examine, range(LAYOUTS), chunksize=8):
-                if ours.application:
-                    self.assertEqual(launch(ours), kde, layout)
-                    plain += 1
-        print(f"{plain} of {LAYOUTS} answers are plain")
-        self.assertGreater(plain, LAYOUTS / 8)
+def test_many_layouts():
+    plain = 0
+    with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as workers:
+        for layout, ours, kde in workers.map(examine, range(LAYOUTS), chunksize=8):
+            if ours.application:
+                assert launch(ours) == kde, layout
+                plain += 1
+    print(f"{plain} of {LAYOUTS} answers are plain")
+    assert plain > LAYOUTS / 8
