@@ -1,217 +1,222 @@
 """The installed unit, from login to logout, in a system that systemd has booted; and the commands
 for it that the documents give."""
 
-import pathlib
 import re
-import tempfile
 import time
-import unittest
+
+import pytest
 
 from booted import booted_tree
-from packages import LIMIT, changed_deb, package
+from packages import changed_deb, package
 from tree import HOME
 
 from clients import link_to, page_of
 from model import make_link
-from processes import DATA, log_message, wait_for_end
-from road import messages_of
+from processes import LIMIT, ROOT, log_message, messages_of, wait_for_end
 from test_troubleshooting import commands, pattern
 
 UNIT = "vastel-connect.service"
-DOCS = pathlib.Path(DATA).parents[1] / "docs"
-DEPLOY = (DOCS / "deploy.md").read_text(encoding="utf-8")
+DEPLOY = (ROOT / "docs/deploy.md").read_text(encoding="utf-8")
+# The drop-in for the unit that it gives.
+SETTING = re.search(r"^```ini\n(\[Service\]\n.*?)^```$", DEPLOY, re.MULTILINE | re.DOTALL)[1]
 
 
-def setting():
-    """The drop-in for the unit that docs/deploy.md gives."""
-    return re.search(r"^```ini\n(\[Service\]\n.*?)^```$", DEPLOY, re.MULTILINE | re.DOTALL)[1]
+@pytest.fixture(scope="module")
+def system():
+    with booted_tree() as tree:
+        tree.install(package("vastel-connect_*.deb"))
+        yield tree
 
 
-class Unit(unittest.TestCase):
-    """All tests share a system. Each has a login of its own."""
+@pytest.fixture
+def tree(system):
+    """The system, with a login of the test's own."""
+    system.log_in()
+    yield system
+    system.log_out()
 
-    @classmethod
-    def setUpClass(cls):
-        cls.tree = cls.enterClassContext(booted_tree())
-        cls.tree.install(package("vastel-connect_*.deb"))
 
-    def setUp(self):
-        self.tree.log_in()
-        self.addCleanup(self.tree.log_out)
+def follow(tree, link):
+    tree.run("gio", "open", link, agent=True)
 
-    # The program runs.
 
-    def test_is_started_by_a_link(self):
-        self.assertEqual(self.property("ActiveState"), "inactive")
-        self.open()
-        self.assertEqual(self.property("ActiveState"), "active")
-        self.assertEqual(self.property("Type"), "dbus")
-        self.assertEqual(self.property("MainPID"), str(self.tree.owner()))
-        self.assertIn("/session.slice/" + UNIT, self.group(self.tree.owner()))
+def follow_and_open(tree, page=page_of("unit")):
+    """Follows a link to its page."""
+    follow(tree, link_to(page))
+    assert tree.page().url == page
 
-    def test_starts_again_after_links_that_end_it(self):
-        # The manager counts the starts of a unit that fails, and allows five in ten seconds.
-        for _ in range(10):
-            self.open()
-            program = self.tree.host_pid(self.tree.owner())
-            self.follow(make_link("[]"))
-            wait_for_end(program)
-        self.wait_for_state("failed")
-        self.assertEqual(self.property("ExecMainStatus"), "70")
 
-    def test_stays_the_old_one_after_an_upgrade(self):
-        self.open()
-        first = self.tree.owner()
-        folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
-        self.tree.install(changed_deb(folder, "s/^Version:.*/Version: 9/"))
-        self.open()
-        self.assertEqual(self.tree.owner(), first)
-        self.assertFalse(self.tree.runs_installed(first))
-        process = self.tree.host_pid(first)
-        self.run_documented("sudo pkill -x vastel-connect", as_agent=False)
-        wait_for_end(process)
-        self.open()
-        self.assertTrue(self.tree.runs_installed(self.tree.owner()))
+def stay(tree):
+    """Opens a page whose program stays."""
+    follow(tree, link_to("https://page.test/#stay"))
+    return tree.page()
 
-    # The program logs.
 
-    def test_logs_for_one_user(self):
-        self.tree.write("/tmp/setting", setting().encode())
-        # It edits on terminals only.
-        self.assertIn(f"systemctl --user edit {UNIT}", " ".join(DEPLOY.split()))
-        self.tree.run("script", "-qec", f"systemctl --user edit {UNIT}", "/dev/null", agent=True,
-                      SYSTEMD_EDITOR="cp /tmp/setting")
-        self.expect_log()
-        self.run_documented(f"systemctl --user revert {UNIT}")
-        self.run_documented(f"systemctl --user restart {UNIT}")
-        self.assertNotIn("-jsonlog", self.property("ExecStart"))
-        self.open()
+def end(tree, page):
+    process = tree.host_pid(page.pid)
+    tree.write(HOME + "/end", b"\n")
+    wait_for_end(process)
 
-    def test_logs_for_all(self):
-        folder = f"/etc/systemd/user/{UNIT}.d"
-        self.assertIn(folder + "/log.conf", DEPLOY)
-        self.tree.run("mkdir", folder)
-        self.addCleanup(self.tree.run, "rm", "--recursive", folder)
-        self.tree.write(folder + "/log.conf", setting().encode())
-        self.run_documented("systemctl --user daemon-reload")
-        self.expect_log()
 
-    def expect_log(self):
-        """Restarts the program, and follows a link that it logs."""
-        self.assertIn("/usr/bin/vastel-connect --dbus-service -jsonlog",
-                      self.run_documented(f"systemctl --user cat {UNIT}"))
-        (command,) = re.findall("^journalctl .*--follow.*$", DEPLOY, re.MULTILINE)
-        log = self.tree.start("sh", "-c", command)
-        self.run_documented(f"systemctl --user restart {UNIT}")
-        # This link may be taken for the one that starts the program.
-        self.open()
-        page = page_of(self.id())
-        self.open(page)
-        _, *expected = messages_of(link_to(page))
-        while expected[0] not in (line := log.next()):
-            pass
-        self.assertEqual([log_message(line), *(log_message(log.next()) for _ in expected[1:])],
-                         expected)
+def manage(tree, *arguments):
+    return tree.run("systemctl", "--user", *arguments, agent=True)
 
-    # The page's program stays.
 
-    def test_page_outlives_the_unit(self):
-        self.expect_page_outlives("stop", UNIT)
+def unit_property(tree, name):
+    return manage(tree, "show", "--value", f"--property={name}", UNIT).strip()
 
-    def test_page_outlives_a_restart(self):
-        self.expect_page_outlives("restart", UNIT)
 
-    def test_page_outlives_the_desktop(self):
-        self.manage("start", "desktop.target")
-        self.expect_page_outlives("stop", "desktop.target")
-        self.wait_for_state("inactive")
+def group(tree, pid):
+    """The control group of a process."""
+    groups = tree.run("cat", f"/proc/{pid}/cgroup")
+    return next(line for line in groups.splitlines() if line.startswith("0::"))
 
-    def expect_page_outlives(self, *action):
-        page = self.stay()
-        # The manager is asked for the scope once the page's program runs.
-        deadline = time.monotonic() + LIMIT
-        while not (group := self.group(page.pid)).endswith(".scope"):
-            self.assertLess(time.monotonic(), deadline, group)
-        self.assertRegex(group, r"/app\.slice/app-[^/]*\.scope$")
-        program = self.tree.host_pid(self.tree.owner())
-        self.manage(*action)
+
+def wait_for(condition):
+    """Waits until the manager has noticed something."""
+    deadline = time.monotonic() + LIMIT
+    while not condition():
+        assert time.monotonic() < deadline
+
+
+def run_documented(tree, command, as_agent=True):
+    """Runs a command that docs/deploy.md gives."""
+    assert command in " ".join(DEPLOY.split())
+    return tree.run("sh", "-c", command.removeprefix("sudo "), agent=as_agent)
+
+
+# The program runs.
+
+
+def test_a_link_starts_the_unit(tree):
+    assert unit_property(tree, "ActiveState") == "inactive"
+    follow_and_open(tree)
+    assert (unit_property(tree, "ActiveState"), unit_property(tree, "Type")) == ("active", "dbus")
+    assert unit_property(tree, "MainPID") == str(tree.owner())
+    assert "/session.slice/" + UNIT in group(tree, tree.owner())
+
+
+def test_it_starts_again_after_links_that_end_it(tree):
+    # The manager counts the starts of a unit that fails, and allows five in ten seconds.
+    for _ in range(10):
+        follow_and_open(tree)
+        program = tree.host_pid(tree.owner())
+        follow(tree, make_link("[]"))
         wait_for_end(program)
-        self.assertEqual(self.group(page.pid), group)
-        self.end(page)
+    wait_for(lambda: unit_property(tree, "ActiveState") == "failed")
+    assert unit_property(tree, "ExecMainStatus") == "70"
 
-    # The display changes, while the user's manager goes on.
 
-    def test_next_desktop_has_its_own_display(self):
-        for display in ":1", ":2":
-            self.manage("set-environment", f"DISPLAY={display}")
-            self.manage("start", "desktop.target")
-            self.expect_display(display)
-            self.manage("stop", "desktop.target")
+def test_it_stays_the_old_one_after_an_upgrade(tree, tmp_path):
+    follow_and_open(tree)
+    first = tree.owner()
+    tree.install(changed_deb(tmp_path, "s/^Version:.*/Version: 9/"))
+    follow_and_open(tree)
+    assert tree.owner() == first
+    assert not tree.runs_installed(first)
+    process = tree.host_pid(first)
+    run_documented(tree, "sudo pkill -x vastel-connect", as_agent=False)
+    wait_for_end(process)
+    follow_and_open(tree)
+    assert tree.runs_installed(tree.owner())
 
-    def test_without_the_target_the_display_stays_until_a_restart(self):
-        self.manage("set-environment", "DISPLAY=:1")
-        self.expect_display(":1")
-        self.manage("set-environment", "DISPLAY=:2")
-        self.expect_display(":1")
-        self.run_documented(f"systemctl --user restart {UNIT}")
-        self.expect_display(":2")
 
-    def expect_display(self, display):
-        page = self.stay()
-        environment = self.tree.run("cat", f"/proc/{page.pid}/environ").split("\0")
-        self.assertIn(f"DISPLAY={display}", environment)
-        self.end(page)
+# The program logs.
 
-    # When something is wrong with it.
 
-    def test_commands_for_support_print_what_is_shown(self):
-        self.manage("set-environment", "WAYLAND_DISPLAY=wayland-0")
-        self.open()
-        shown = commands("console systemd")
-        self.assertEqual(len(shown), 3)
-        for command, (form,) in shown:
-            with self.subTest(command):
-                first, *_ = self.tree.run("sh", "-c", command, agent=True).splitlines()
-                self.assertRegex(first, f"^{pattern(form)}$")
+def expect_log(tree):
+    """Restarts the program, and follows a link that it logs."""
+    assert "/usr/bin/vastel-connect --dbus-service -jsonlog" in run_documented(
+        tree, f"systemctl --user cat {UNIT}")
+    (command,) = re.findall("^journalctl .*--follow.*$", DEPLOY, re.MULTILINE)
+    log = tree.start("sh", "-c", command)
+    run_documented(tree, f"systemctl --user restart {UNIT}")
+    # This link may be taken for the one that starts the program.
+    follow_and_open(tree)
+    page = page_of(time.monotonic_ns())
+    follow_and_open(tree, page)
+    _, *expected = messages_of(link_to(page))
+    while expected[0] not in (line := log.next()):
+        pass
+    assert [log_message(line), *(log_message(log.next()) for _ in expected[1:])] == expected
 
-    # What all of these take.
 
-    def follow(self, link):
-        self.tree.run("gio", "open", link, agent=True)
+def test_it_logs_for_one_user(tree):
+    tree.write("/tmp/setting", SETTING.encode())
+    # It edits on terminals only.
+    assert f"systemctl --user edit {UNIT}" in " ".join(DEPLOY.split())
+    tree.run("script", "-qec", f"systemctl --user edit {UNIT}", "/dev/null", agent=True,
+             SYSTEMD_EDITOR="cp /tmp/setting")
+    expect_log(tree)
+    run_documented(tree, f"systemctl --user revert {UNIT}")
+    run_documented(tree, f"systemctl --user restart {UNIT}")
+    assert "-jsonlog" not in unit_property(tree, "ExecStart")
+    follow_and_open(tree)
 
-    def open(self, page=page_of("unit")):
-        """Follows a link to its page."""
-        self.follow(link_to(page))
-        self.assertEqual(self.tree.page().url, page)
 
-    def stay(self):
-        """Opens a page whose program stays."""
-        self.follow(link_to("https://page.test/#stay"))
-        return self.tree.page()
+def test_it_logs_for_all(tree):
+    folder = f"/etc/systemd/user/{UNIT}.d"
+    assert folder + "/log.conf" in DEPLOY
+    tree.run("mkdir", folder)
+    tree.write(folder + "/log.conf", SETTING.encode())
+    run_documented(tree, "systemctl --user daemon-reload")
+    expect_log(tree)
+    tree.run("rm", "--recursive", folder)
 
-    def end(self, page):
-        process = self.tree.host_pid(page.pid)
-        self.tree.write(HOME + "/end", b"\n")
-        wait_for_end(process)
 
-    def manage(self, *arguments):
-        return self.tree.run("systemctl", "--user", *arguments, agent=True)
+# The page's program stays, and the display changes, while the user's manager goes on.
 
-    def property(self, name):
-        return self.manage("show", "--value", f"--property={name}", UNIT).strip()
 
-    def wait_for_state(self, state):
-        """Waits until the manager has noticed how the program ended."""
-        deadline = time.monotonic() + LIMIT
-        while self.property("ActiveState") != state:
-            self.assertLess(time.monotonic(), deadline)
+@pytest.mark.parametrize("action, ended", [
+    ("stop", UNIT), ("restart", UNIT), ("stop", "desktop.target")])
+def test_a_page_outlives_its_program(tree, action, ended):
+    if ended != UNIT:
+        manage(tree, "start", ended)
+    page = stay(tree)
+    # The manager is asked for the scope once the page's program runs.
+    wait_for(lambda: group(tree, page.pid).endswith(".scope"))
+    scope = group(tree, page.pid)
+    assert re.search(r"/app\.slice/app-[^/]*\.scope$", scope)
+    program = tree.host_pid(tree.owner())
+    manage(tree, action, ended)
+    wait_for_end(program)
+    assert group(tree, page.pid) == scope
+    if action == "stop":
+        wait_for(lambda: unit_property(tree, "ActiveState") == "inactive")
+    end(tree, page)
 
-    def group(self, pid):
-        """The control group of a process."""
-        groups = self.tree.run("cat", f"/proc/{pid}/cgroup")
-        return next(line for line in groups.splitlines() if line.startswith("0::"))
 
-    def run_documented(self, command, as_agent=True):
-        """Runs a command that docs/deploy.md gives."""
-        self.assertIn(command, " ".join(DEPLOY.split()))
-        return self.tree.run("sh", "-c", command.removeprefix("sudo "), agent=as_agent)
+def expect_display(tree, display):
+    page = stay(tree)
+    assert f"DISPLAY={display}" in tree.run("cat", f"/proc/{page.pid}/environ").split("\0")
+    end(tree, page)
+
+
+def test_the_next_desktop_has_its_own_display(tree):
+    for display in ":1", ":2":
+        manage(tree, "set-environment", f"DISPLAY={display}")
+        manage(tree, "start", "desktop.target")
+        expect_display(tree, display)
+        manage(tree, "stop", "desktop.target")
+
+
+def test_without_the_target_the_display_stays_until_a_restart(tree):
+    manage(tree, "set-environment", "DISPLAY=:1")
+    expect_display(tree, ":1")
+    manage(tree, "set-environment", "DISPLAY=:2")
+    expect_display(tree, ":1")
+    run_documented(tree, f"systemctl --user restart {UNIT}")
+    expect_display(tree, ":2")
+
+
+# When something is wrong with it.
+
+
+def test_commands_for_support_print_what_is_shown(tree):
+    manage(tree, "set-environment", "WAYLAND_DISPLAY=wayland-0")
+    follow_and_open(tree)
+    shown = commands("console systemd")
+    assert len(shown) == 3
+    for command, (form,) in shown:
+        first, *_ = tree.run("sh", "-c", command, agent=True).splitlines()
+        assert re.fullmatch(pattern(form), first)

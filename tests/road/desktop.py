@@ -45,10 +45,8 @@ class Desktop(contextlib.ExitStack):
     With a `screen` of its own, it also has what programs with windows find in the machine's folders.
     Further arguments are variables of the environment of all."""
 
-    def __init__(self, test=None, service=SERVICE, bus=True, screen=False, **environment):
+    def __init__(self, service=SERVICE, bus=True, screen=False, **environment):
         super().__init__()
-        if test:
-            test.addCleanup(self.close)
         self.folder = tempfile.mkdtemp(prefix="connect-test-")
         self.callback(shutil.rmtree, self.folder)
         try:

@@ -3,51 +3,54 @@ killed. Each link is accounted for once, by its log lines and its page, as the m
 
 import collections
 import os
-import random
 import re
 import signal
 import types
+from random import Random
 
-from desktop import SERVICE, Desktop
 from model import expect, fatal_link, fits_command_line, random_link
-from processes import log_message, wait_for_end
+from processes import SILENCE, log_message, wait_for_end
 
 END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 MOST_LISTENERS = 5
+# The kinds of steps, as often as they are taken.
+STEPS = [*["follow"] * 15, *["take_over"] * 3, *["end"] * 2, "end_with_queue",
+         "kill_with_queue", "kill_in_the_middle", "kill_before_followers", *["burst"] * 2]
 
 BEHIND_FATAL = "behind a link that ends the program"
 KILLED_UNREAD = "unread by a program that was killed, and refused to the sender"
 KILLED_ANSWERED = "answered by a program that was killed before it acted"
 
 
-def reported(page):
-    """How an opened page is reported: all but those of the web go to `gio open`."""
-    return page if re.match("https?:", page, re.IGNORECASE) else "open " + page
+def reported(link):
+    """How the page of a link is reported, if it is opened: all but those of the web go to
+    `gio open`."""
+    page = expect(link).opened
+    return page if not page or re.match("https?:", page, re.IGNORECASE) else "open " + page
 
 
 class Session:
-    def __init__(self, test, seed):
-        self._test = test
-        self._random = random.Random(seed)
-        self._desktop = Desktop(test, service=SERVICE + " -log")
-        self._pages = self._desktop.quick_pages()
-        self._path = self._desktop.folder + "/openers"
-        self._desktop.set_service_environment(PATH=self._path)
+    """On a desktop whose bus starts the program with -log."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._pages = desktop.quick_pages()
+        self._path = desktop.folder + "/openers"
+        desktop.set_service_environment(PATH=self._path)
         # The newest is the last. `process` is None for one that the bus started.
         self._listeners = []
-        self.sent = 0
+        self._sent = 0
         self.fates = collections.Counter()
 
     def run(self, steps):
-        for _ in range(steps):
-            self._random.choices(
-                [self.follow, self.take_over, self.end, self.end_with_queue, self.kill_with_queue,
-                 self.kill_in_the_middle, self.kill_before_followers, self.burst],
-                [60, 12, 6, 4, 4, 4, 3, 7])[0]()
+        """Takes steps, each of which is a kind and a seed."""
+        for kind, seed in steps:
+            self._random = Random(seed)
+            getattr(self, kind)()
         while self._listeners:
             self._end(self._listeners[-1], signal.SIGTERM)
-        self._test.assertEqual(self._pages.now(), [])
-        self._test.assertEqual(sum(self.fates.values()), self.sent)
+        assert self._pages.now() == []
+        assert sum(self.fates.values()) == self._sent
 
     # The steps.
 
@@ -89,8 +92,7 @@ class Session:
             for link in links:
                 self._expect_logged(listener, expect(link).messages)
             self._expect_opened(links)
-            self._desktop.wait_until(lambda: len(answers) == len(links))
-            self._test.assertEqual(set(answers), {None})
+            self._expect_answers(answers, len(links), refused=False)
             self._expect_end(listener, 0)
 
     def kill_with_queue(self):
@@ -99,8 +101,7 @@ class Session:
             listener = self._listeners[-1]
             links, answers = self._queue(listener)
             os.kill(listener.pid, signal.SIGKILL)
-            self._desktop.wait_until(lambda: len(answers) == len(links))
-            self._test.assertNotIn(None, answers)
+            self._expect_answers(answers, len(links), refused=True)
             self._expect_end(listener, -signal.SIGKILL)
             self.fates[KILLED_UNREAD] += len(links)
 
@@ -121,9 +122,9 @@ class Session:
             self._expect_end(listener, -signal.SIGKILL)
             self._desktop.wait_for_orphans(*(each.pid for each in self._listeners))
             opened = self._pages.now()
-            with_page = [reported(expect(link).opened) for link in links if expect(link).opened]
+            with_page = [*filter(None, map(reported, links))]
             # Handlers that were started in turn may report out of turn.
-            self._test.assertEqual(sorted(opened), sorted(with_page[:len(opened)]))
+            assert sorted(opened) == sorted(with_page[:len(opened)])
             self._count_killed(links, answers, opened, log)
 
     def kill_before_followers(self):
@@ -132,7 +133,7 @@ class Session:
             listener = self._listeners[-1]
             os.kill(listener.pid, signal.SIGSTOP)
             links = self._make_links(5, self._fits_a_crowd)
-            followers = [self._desktop.start(link) for link in links]
+            followers = self._desktop.start_at_once(links)
             os.kill(listener.pid, signal.SIGKILL)
             self._expect_end(listener, -signal.SIGKILL)
             self._expect_crowd(links)
@@ -143,24 +144,23 @@ class Session:
         if self._listeners:
             links = self._make_links(10, self._fits_a_crowd)
             answers = []
-            followers = [self._desktop.start(link) for link in links[:4]]
+            followers = self._desktop.start_at_once(links[:4])
             for link in links[4:]:
                 self._desktop.call_open([link], answers)
             self._expect_crowd(links)
             self._finish_followers(followers)
-            self._desktop.wait_until(lambda: len(answers) == 6)
-            self._test.assertEqual(set(answers), {None})
+            self._expect_answers(answers, 6, refused=False)
 
     # Links.
 
     def _next_number(self):
-        self.sent += 1
-        return self.sent
+        self._sent += 1
+        return self._sent
 
     def _make_links(self, count, fits=lambda link: True):
         links = []
         while len(links) < count:
-            link = random_link(self._random, self.sent + 1)
+            link = random_link(self._random, self._sent + 1)
             if fits(link):
                 links.append(link)
                 self._next_number()
@@ -185,11 +185,14 @@ class Session:
 
     def _finish_followers(self, followers):
         for follower in followers:
-            result = follower.finish()
+            assert follower.finish() == SILENCE
             self._desktop.forget(follower)
-            self._test.assertEqual((result.output, result.errors, result.status), ("", "", 0))
 
     # What comes of them.
+
+    def _expect_answers(self, answers, count, refused):
+        self._desktop.wait_until(lambda: len(answers) == count)
+        assert [error is not None for error in answers] == [refused] * count
 
     def _expect_followed(self, links):
         """What one call with these links does."""
@@ -215,45 +218,41 @@ class Session:
     def _expect_logged(self, listener, messages):
         for message in messages:
             if listener.plain:
-                line = "\n".join(listener.lines.next() for _ in range(message.count("\n") + 1))
-                self._test.assertRegex(line[:14], r"\ALog \d\d:\d\d:\d\d> \Z")
-                self._test.assertEqual(line[14:], message)
+                lines = [listener.lines.next() for _ in range(message.count("\n") + 1)]
+                assert log_message("\n".join(lines)) == message
             if listener.json:
-                self._test.assertEqual(log_message(listener.lines.next()), message)
+                assert log_message(listener.lines.next()) == message
 
     def _expect_crowd(self, links):
         """The log lines and pages of links of which nobody knows the order."""
         listener = self._listeners[-1]
         left = {expect(link).messages[1]: expect(link).messages for link in links}
-        both = listener.plain and listener.json
         while left:
             self._expect_logged(listener, ["new uri event"])
             text = log_message(listener.lines.next())
-            if both:
-                self._test.assertEqual(log_message(listener.lines.next()), text)
+            if listener.plain and listener.json:
+                assert log_message(listener.lines.next()) == text
             self._expect_logged(listener, left.pop(text)[2:])
         self._expect_opened(links)
 
     def _expect_opened(self, links):
-        opened = [reported(expect(link).opened) for link in links if expect(link).opened]
-        self._test.assertEqual(sorted(self._pages.next() for _ in opened), sorted(opened))
-        self._count(links, opened)
+        opened = [*filter(None, map(reported, links))]
+        assert sorted(self._pages.next() for _ in opened) == sorted(opened)
+        self._count(len(links), len(opened))
 
     def _count(self, links, opened):
-        self.fates["opened"] += len(opened)
-        self.fates["logged, with nothing to open"] += len(links) - len(opened)
+        self.fates["opened"] += opened
+        self.fates["logged, with nothing to open"] += links - opened
 
     def _count_killed(self, links, answers, opened, log):
-        opened = set(opened)
         for link, (error,) in zip(links, answers):
-            page = expect(link).opened
-            if page and reported(page) in opened:
-                self._test.assertIsNone(error)
-                self._count([link], [page])
+            if reported(link) in opened:
+                assert error is None
+                self._count(1, 1)
             elif error:
                 self.fates[KILLED_UNREAD] += 1
-            elif not page and f"process uri: {link}\n" in log:
-                self._count([link], [])
+            elif not expect(link).opened and f"process uri: {link}\n" in log:
+                self._count(1, 0)
             else:
                 self.fates[KILLED_ANSWERED] += 1
 
@@ -265,8 +264,7 @@ class Session:
         """Waits for the end of a program that has nothing more to say, and for the next owner."""
         self._listeners.remove(listener)
         if listener.process:
-            result = listener.process.finish()
-            self._test.assertEqual((result.output, result.errors, result.status), ("", "", status))
+            assert listener.process.finish() == ("", "", status)
             self._desktop.forget(listener.process)
         else:
             wait_for_end(listener.pid)

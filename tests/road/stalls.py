@@ -1,14 +1,10 @@
 """Readers of the log that stall and come back while links are followed. What was told of a link is
-compared with how often its page is opened. As a program: stalls.py STALLS"""
+compared with how often its page is opened."""
 
 import collections
-import random
-import secrets
 import signal
-import sys
-import unittest
+from random import Random
 
-from desktop import SERVICE, Desktop
 from model import page_link
 from road import BUSY
 
@@ -16,21 +12,21 @@ TAKEN, REFUSED, UNKNOWN = "taken, and opened once", "refused, and not opened", "
 
 
 class Stalls:
-    def __init__(self, test, seed):
-        self._test = test
-        self._random = random.Random(seed)
-        self._desktop = Desktop(test, service=SERVICE + " -log")
-        self._pages = self._desktop.quick_pages()
+    """On a desktop whose bus starts the program with -log."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._pages = desktop.quick_pages()
         self._told = {}
         self._opened = collections.Counter()
 
-    def run(self, count):
-        """Lets the log's reader stall so many times. The result is what links were told."""
-        for _ in range(count):
+    def run(self, seeds):
+        """Lets the log's reader stall once for each seed. The result is what links were told."""
+        for seed in seeds:
+            self._random = Random(seed)
             self._stall()
         for page, number in (self._opened + collections.Counter(self._pages.now())).items():
-            limit = 0 if self._told.get(page) == REFUSED else 1
-            self._test.assertLessEqual(number, limit, (page, self._told.get(page)))
+            assert number <= (0 if self._told.get(page) == REFUSED else 1), page
         return collections.Counter(self._told.values())
 
     def _stall(self):
@@ -46,27 +42,26 @@ class Stalls:
             self._desktop.call_open([page_link(page)], answer)
         # Now and then until the library would have given up.
         if followers and self._random.random() < 0.01:
-            self._test.assertEqual([*followers.values()][0].errors.next(), BUSY)
-        self._end_a_sender(followers)
+            assert [*followers.values()][0].errors.next() == BUSY
+        if followers and self._random.random() < 0.2:
+            page, follower = followers.popitem()
+            follower.end(self._random.choice([signal.SIGTERM, signal.SIGKILL]))
+            self._desktop.forget(follower)
+            self._told[page] = UNKNOWN
         self._random.choices([self._come_back, self._end, self._kill], [6, 3, 2])[0](listener, stuck)
         for page, follower in followers.items():
-            self._test.assertIn(follower.finish().errors, ("", BUSY + "\n"))
-            self._test.assertEqual(follower.wait(), 0)
+            _, errors, status = follower.finish()
+            assert (errors in ("", BUSY + "\n"), status) == (True, 0), errors
             self._desktop.forget(follower)
             self._told[page] = TAKEN
         self._desktop.wait_until(lambda: all(answers.values()))
         for page, (error,) in answers.items():
             self._told[page] = REFUSED if error else TAKEN
         # Other programs, which the bus has started meanwhile, have no say in the next stall.
-        self._discard(listener)
+        listener.end()
+        self._desktop.forget(listener)
+        self._desktop.daemon.output.skip()
         self._expect_opened()
-
-    def _end_a_sender(self, followers):
-        if followers and self._random.random() < 0.2:
-            page, follower = followers.popitem()
-            follower.end(self._random.choice([signal.SIGTERM, signal.SIGKILL]))
-            self._desktop.forget(follower)
-            self._told[page] = UNKNOWN
 
     # How a stall ends.
 
@@ -80,12 +75,6 @@ class Stalls:
     def _kill(self, listener, stuck):
         listener.send(signal.SIGKILL)
         self._told[stuck] = UNKNOWN
-
-    def _discard(self, listener):
-        listener.send(signal.SIGTERM)
-        listener.finish()
-        self._desktop.forget(listener)
-        self._desktop.daemon.output.skip()
 
     # Pages.
 
@@ -104,19 +93,3 @@ class Stalls:
             page = self._pages.next()
             self._opened[page] += 1
             missing.discard(page)
-
-
-class StallsTest(unittest.TestCase):
-    stalls = 0
-
-    def test_what_links_are_told_is_true(self):
-        seed = secrets.randbits(32)
-        told = Stalls(self, seed).run(self.stalls)
-        print(f"{self.stalls:,} stalls, seed {seed}")
-        for fate, count in told.most_common():
-            print(f"{count:10,} links {fate}")
-
-
-if __name__ == "__main__":
-    StallsTest.stalls = int(sys.argv.pop(1))
-    unittest.main(argv=[sys.argv[0], "StallsTest"])
