@@ -7,8 +7,8 @@
 
 namespace Vastel_Connect {
 
-// Further records that the web client and its desktop applications share. They are declared so that
-// the vocabulary is whole; this application uses none of them.
+// Further records of the interface that the web client and its desktop applications share. They are
+// here for that interface alone: this application uses none of them.
 
 /// An error report.
 struct struct_ErrorApi {

@@ -4,12 +4,11 @@
 
 #include "json/JsonText.h"
 #include "json/KeyPath.h"
-#include "json/ValueOf.h"
 
 namespace Vastel_Connect {
 namespace {
 
-/// Ends the process at once, without a core dump. Its exit status is EX_SOFTWARE of <sysexits.h>.
+/// Ends the process at once, without a core dump, with EX_SOFTWARE of <sysexits.h>.
 // LCOV_EXCL_START: nothing is counted of a process that ends here, as it does in a test.
 [[noreturn]] void stopProgram() {
   std::_Exit(70);
@@ -36,15 +35,16 @@ struct_PartialScreenPopApi struct_PartialScreenPopApi::fromJsonText(std::string_
   const auto document = parseJsonText(jsonText, &storage);
   if (!document) return {};
   const JSON* request = document->if_object();
-  // On purpose: a request that is an array ends the program here rather than being ignored.
+  // On purpose: no client that works sends an array, and whoever looks after it relies on the
+  // program's end to notice. A log line could go unread.
   if (request == nullptr) stopProgram();
 
   return {
       .ScriptType = scriptTypeMember(*request, "ScriptType"),
-      .CallFields = member<Texts>(*request, "CallFields"),
-      .RecognitionFields = member<Texts>(*request, "RecognitionFields"),
+      .CallFields = member<Fields>(*request, "CallFields"),
+      .RecognitionFields = member<Fields>(*request, "RecognitionFields"),
       .CSDFileName = member<std::string>(*request, "CSDFileName"),
-      .CSDParams = member<Texts>(*request, "CSDParams"),
+      .CSDParams = member<Fields>(*request, "CSDParams"),
       .WebPage = member<std::string>(*request, "WebPage"),
   };
 }

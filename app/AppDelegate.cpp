@@ -11,8 +11,8 @@
 namespace Vastel_Connect {
 
 void AppDelegate::applicationWillFinishLaunching() {
-  // Before the command line is read, on purpose: the URI that launched the application comes next,
-  // and writes no log line whatever the switches say.
+  // Before the command line is read, on purpose: on macOS, the URI that launched the application
+  // comes next. So it writes no log line whatever the switches say, and the same on every host.
   platform::setUriEventHandler();
 }
 

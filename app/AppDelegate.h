@@ -55,7 +55,8 @@ class AppDelegate {
   /// is one log line. (uri/ProcessUri.cpp)
   void processUri(std::string_view uri) const;
 
-  /// The outlet of the host's main window. The program neither reads nor sets it.
+  /// The outlet of the host's main window, for the interface that delegates have on every host:
+  /// this program has no window, and neither reads nor sets it.
   std::weak_ptr<Window> window;
 
   // The switches that were given (app/ConsoleTexts.cpp). Set by parseCommandLine, cleared by

@@ -26,7 +26,7 @@ constexpr std::string_view kUsage[] = {
 };
 
 /// Newest first. The entries before 2018.10.30 tell of the project that this one was split from;
-/// the misspelling in that entry is kept on purpose.
+/// the misspelling in that entry is kept on purpose, since all these texts are fixed to the letter.
 constexpr std::string_view kChangeLog[] = {
     "2018.11.01",
     "  Build target set to OS X 10.11 El Capitan.",

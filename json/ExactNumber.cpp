@@ -1,7 +1,6 @@
 #include "json/ExactNumber.h"
 
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace Vastel_Connect {
@@ -9,10 +8,9 @@ namespace {
 
 template <typename Integer>
 std::optional<Integer> exactFromReal(double real) {
-  using Limits = std::numeric_limits<Integer>;
-  // The comparisons are false for NaN. Not every max() is a double, but max() + 1 is one always.
+  // The comparisons are false for NaN.
   const bool inRange =
-      real >= static_cast<double>(Limits::min()) && real < std::ldexp(1.0, Limits::digits);
+      real >= static_cast<double>(std::numeric_limits<Integer>::min()) && real < kRangeEnd<Integer>;
   if (!inRange || std::trunc(real) != real) return std::nullopt;
   return static_cast<Integer>(real);
 }

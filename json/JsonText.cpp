@@ -29,8 +29,8 @@ bool areWritable(const JSON& members) {
   });
 }
 
-/// The same document with no exponent of more than nine digits. Beyond those, a number is zero or
-/// infinite whatever its other digits are, as long as they are fewer than a billion.
+/// `text` with 999999999 for each longer exponent. Its numbers stay the same: either makes zero or
+/// infinity of whatever stands before it, if that is less than a billion digits.
 std::string withShortExponents(std::string_view text) {
   std::string result;
   bool inString = false;
@@ -58,7 +58,7 @@ std::optional<JsonValue> parseJsonText(std::string_view text, boost::json::stora
   boost::system::error_code error;
   std::optional document = boost::json::parse(text, error, storage, options);
   if (error == boost::json::error::exponent_overflow) {
-    // From which exponent on depends on the version of the library.
+    // How long an exponent the library reads depends on its version.
     document.emplace(
         boost::json::parse(withShortExponents(text), error, std::move(storage), options));
   }

@@ -9,7 +9,7 @@
 namespace Vastel_Connect {
 
 /// How many objects and arrays may stand inside each other, the outermost counted. The figure is
-/// the platform reader's: it takes 512 levels and refuses 513.
+/// that of Foundation's reader up to macOS 13.
 inline constexpr std::size_t kJsonDepthLimit = 512;
 
 /// Parses a whole JSON document (RFC 8259, UTF-8) whose top level is an object or an array. Absent

@@ -4,6 +4,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "json/ExactNumber.h"
+
 namespace Vastel_Connect {
 namespace {
 
@@ -11,9 +13,8 @@ template <typename Target>
 Target nearest(double real) {
   using Limits = std::numeric_limits<Target>;
   if (std::isnan(real)) return 0;
-  // Not every max() is a double, but max() + 1 is one always.
   if (real <= static_cast<double>(Limits::min())) return Limits::min();
-  if (real >= std::ldexp(1.0, Limits::digits)) return Limits::max();
+  if (real >= kRangeEnd<Target>) return Limits::max();
   return static_cast<Target>(real);
 }
 

@@ -8,7 +8,8 @@
 namespace Vastel_Connect {
 namespace {
 
-std::string plainLogLine(std::string_view message) {
+std::string textLogLine(std::string_view message) {
+  // Nothing logs on another thread today. The mark is part of the lines' form, which readers know.
   std::string line = platform::isMainThread() ? "" : ">>>SUB THREAD<<< ";
   line += "Log ";
   line += platform::logTime();
@@ -22,7 +23,7 @@ std::string plainLogLine(std::string_view message) {
 void AppDelegate::logMessage(std::string_view message, std::string_view value) const {
   if (!FlagLog && !FlagJsonLog) return;
   const std::string text = std::string(message).append(value);
-  if (FlagLog) platform::printLine(plainLogLine(text));
+  if (FlagLog) platform::printLine(textLogLine(text));
   if (FlagJsonLog) platform::printLine(makeJsonLogLine(text));
 }
 

@@ -25,7 +25,8 @@ void AppDelegate::processUri(std::string_view uri) const {
   preProcessor.parseUri(uri);
   preProcessor.decodeCommand();
 
-  // Two spellings, on purpose: a small "i" means that there was no protocol at all.
+  // Two spellings, on purpose: by the small "i", a reader of the log knows that there was no
+  // protocol.
   if (!preProcessor.UriProtocol) return logMessage("invalid protocol");
   if (!isScreenPop(*preProcessor.UriProtocol)) return logMessage("Invalid protocol");
 
@@ -33,7 +34,7 @@ void AppDelegate::processUri(std::string_view uri) const {
   if (!preProcessor.DecodedCommand) return logMessage("Could not decode");
 
   const auto request = struct_PartialScreenPopApi::fromJsonText(*preProcessor.DecodedCommand);
-  // The page is opened whatever ScriptType says, on purpose; no other member causes an action.
+  // Whatever ScriptType says, on purpose: it and the other members are for the client's scripts.
   if (!request.WebPage) return logMessage("no webpage to open");
 
   logMessage("webpage: ", *request.WebPage);

@@ -7,6 +7,9 @@
 
 namespace Vastel_Connect {
 
+// The mapping layer is an interface that the web client's programs share, and has the names that it
+// has in all of them. No record of this program uses it yet.
+
 /// A record that can be built from a dictionary. It has
 ///   static std::optional<Record> fromJson(const JSON& json);
 /// which is absent when `json` does not hold what the record needs. No base class is needed.
@@ -23,7 +26,7 @@ concept Encodable = requires(const Record& record) {
   { record.toJson() } -> std::same_as<std::optional<JSON>>;
 };
 
-/// Both.
+/// A record that can be read and written.
 template <typename Record>
 concept Glossy = Decodable<Record> && Encodable<Record>;
 

@@ -10,7 +10,7 @@
 namespace Vastel_Connect {
 namespace {
 
-using Texts = struct_PartialScreenPopApi::Texts;
+using Fields = struct_PartialScreenPopApi::Fields;
 
 struct_PartialScreenPopApi fromJsonText(std::string_view text) {
   return struct_PartialScreenPopApi::fromJsonText(text);
@@ -44,10 +44,10 @@ TEST(FromJsonText, FillsAllMembers) {
       "WebPage": "https://crm.example/48213"})");
   const struct_PartialScreenPopApi expected = {
       .ScriptType = ScreenPopScriptType::OpenApplication,
-      .CallFields = Texts{{"Caller number", "204"}, {"Caller name", "Jansen"}},
-      .RecognitionFields = Texts{{"Customer", "48213"}},
+      .CallFields = Fields{{"Caller number", "204"}, {"Caller name", "Jansen"}},
+      .RecognitionFields = Fields{{"Customer", "48213"}},
       .CSDFileName = "lookup.csd",
-      .CSDParams = Texts{{"Owner", "support"}, {"ServerId", "7"}},
+      .CSDParams = Fields{{"Owner", "support"}, {"ServerId", "7"}},
       .WebPage = "https://crm.example/48213",
   };
   EXPECT_EQ(request, expected);
@@ -81,12 +81,12 @@ TEST(FromJsonText, LeavesOutAMemberOfAnotherKind) {
 TEST(FromJsonText, LeavesADictionaryOutWholeForOneValueThatIsNoText) {
   const auto request =
       fromJsonText(R"({"CallFields":{"Caller name":"J","n":123},"RecognitionFields":{"a":"b"}})");
-  EXPECT_EQ(request, (struct_PartialScreenPopApi{.RecognitionFields = Texts{{"a", "b"}}}));
+  EXPECT_EQ(request, (struct_PartialScreenPopApi{.RecognitionFields = Fields{{"a", "b"}}}));
 }
 
 TEST(FromJsonText, TellsWhatIsEmptyFromWhatIsAbsent) {
   const auto request = fromJsonText(R"({"CallFields":{},"WebPage":""})");
-  EXPECT_EQ(request, (struct_PartialScreenPopApi{.CallFields = Texts(), .WebPage = ""}));
+  EXPECT_EQ(request, (struct_PartialScreenPopApi{.CallFields = Fields(), .WebPage = ""}));
 }
 
 TEST(FromJsonText, LooksKeysUpByTheProgramWideDelimiter) {
@@ -100,7 +100,7 @@ TEST(FromJsonText, KeepsTextsAsTheyAre) {
   const auto request =
       fromJsonText(R"({"WebPage":"a\u0000b\n\u00e9 ","CallFields":{"":"","\u00e9":" "}})");
   EXPECT_EQ(request.WebPage, std::string("a\0b\n\xC3\xA9 ", 7));
-  EXPECT_EQ(request.CallFields, (Texts{{"", ""}, {"\xC3\xA9", " "}}));
+  EXPECT_EQ(request.CallFields, (Fields{{"", ""}, {"\xC3\xA9", " "}}));
 }
 
 TEST(FromJsonTextDeathTest, StopsOnATopLevelArray) {
