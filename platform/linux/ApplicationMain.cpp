@@ -32,10 +32,16 @@ void openMissingStandardStreams() {
   }
 }
 
-/// The bus tells the programs that it starts about itself. That is not for our children.
+/// The bus and the service manager tell the programs that they start about themselves and the unit.
+/// That is not for our children.
 void forgetStarter() {
-  ::unsetenv("DBUS_STARTER_BUS_TYPE");
-  ::unsetenv("DBUS_STARTER_ADDRESS");
+  for (const char* name :
+       {"DBUS_STARTER_ADDRESS", "DBUS_STARTER_BUS_TYPE", "INVOCATION_ID", "JOURNAL_STREAM",
+        "LISTEN_FDNAMES", "LISTEN_FDS", "LISTEN_PID", "LISTEN_PIDFDID", "MANAGERPID",
+        "MANAGERPIDFDID", "MEMORY_PRESSURE_WATCH", "MEMORY_PRESSURE_WRITE", "NOTIFY_SOCKET",
+        "SYSTEMD_EXEC_PID", "WATCHDOG_PID", "WATCHDOG_USEC"}) {
+    ::unsetenv(name);
+  }
 }
 
 /// Whether the process was started by nohup, or as such.

@@ -6,10 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/linux/CurrentDesktop.h"
 #include "platform/linux/Environment.h"
+#include "platform/linux/FindProgram.h"
 #include "platform/linux/KeyFile.h"
 #include "platform/linux/MimeApps.h"
-#include "platform/linux/Spawn.h"
 #include "text/Split.h"
 
 namespace Vastel_Connect {
@@ -19,23 +20,28 @@ using Texts = std::vector<std::string>;
 
 constexpr std::string_view kEntryGroup = "Desktop Entry";
 
-/// The number of the first folder that has an entry, be it a broken one; the number of folders when
-/// none has. Absent when "a-b.desktop" could also be the file "b.desktop" in a folder "a".
-std::optional<std::size_t> findEntry(const std::vector<MimeFolder>& folders,
-                                     const std::string& id) {
+/// Where the desktop entry of a name is.
+struct EntryPlace {
+  enum { Found, Missing, Ambiguous } state;
+  /// The number of the first folder that has it, be it a broken one.
+  std::size_t folder = 0;
+};
+
+/// Ambiguous when "a-b.desktop" could also be the file "b.desktop" in a folder "a".
+EntryPlace findEntry(const std::vector<MimeFolder>& folders, const std::string& id) {
   const auto exists = [](const std::string& path) {
     struct stat status = {};
     return ::lstat(path.c_str(), &status) == 0;
   };
-  if (!id.ends_with(".desktop") || id.find('/') != id.npos) return std::nullopt;
+  if (!id.ends_with(".desktop") || id.find('/') != id.npos) return {EntryPlace::Ambiguous};
   for (std::size_t i = 0; i < folders.size(); ++i) {
     if (!folders[i].holdsEntries) continue;
     for (std::size_t dash = id.find('-'); dash != id.npos; dash = id.find('-', dash + 1)) {
-      if (exists(folders[i].path + "/" + id.substr(0, dash))) return std::nullopt;
+      if (exists(folders[i].path + "/" + id.substr(0, dash))) return {EntryPlace::Ambiguous};
     }
-    if (exists(folders[i].path + "/" + id)) return i;
+    if (exists(folders[i].path + "/" + id)) return {EntryPlace::Found, i};
   }
-  return folders.size();
+  return {EntryPlace::Missing};
 }
 
 /// The words of an Exec line with `url` for its one field code; absent for a line with quotes,
@@ -82,37 +88,50 @@ bool isSandboxed() {
          !environmentText("GTK_USE_PORTAL").empty();
 }
 
+/// What a list of candidates comes to.
+struct Choice {
+  /// False when none of them is there: the next list decides.
+  bool isMade = true;
+  /// Absent when the answer is not plain.
+  std::optional<DefaultHandler> handler;
+};
+
+Choice chooseAmong(const Candidates& candidates, const std::vector<MimeFolder>& folders,
+                   std::string_view url) {
+  if (!candidates) return {};
+  for (const auto& [id, firstFolder] : *candidates) {
+    const EntryPlace place = findEntry(folders, id);
+    if (place.state == EntryPlace::Ambiguous) return {};
+    if (place.state == EntryPlace::Missing || place.folder < firstFolder) {
+      if (isKde()) return {};  // It may prefer one that was added to the next one.
+      continue;
+    }
+    const auto entry = KeyFile::read(folders[place.folder].path + "/" + id);
+    if (!entry) return {};
+    Choice choice = {.handler = readHandler(*entry, url)};
+    if (choice.handler) choice.handler->application = id.substr(0, id.rfind(".desktop"));
+    return choice;
+  }
+  return {.isMade = false, .handler = {}};
+}
+
 /// The default handler of a MIME type.
 std::optional<DefaultHandler> findHandler(const std::vector<MimeFolder>& folders,
                                           const std::string& type, std::string_view url) {
   // Reading the files is most of the time: those of a folder, and the long lists of all that take
   // some type, only when nothing before them has an answer.
-  for (std::size_t i = 0; i <= folders.size(); ++i) {
-    const auto candidates =
-        i < folders.size() ? findDefaults(folders[i], type) : findAssociated(folders, type);
-    if (!candidates) return std::nullopt;
-    for (const auto& [id, firstFolder] : *candidates) {
-      const auto found = findEntry(folders, id);
-      if (!found) return std::nullopt;
-      if (*found == folders.size() || *found < firstFolder) {
-        if (isKde()) return std::nullopt;  // It may prefer one that was added to the next one.
-        continue;
-      }
-      const auto entry = KeyFile::read(folders[*found].path + "/" + id);
-      if (!entry) return std::nullopt;
-      auto handler = readHandler(*entry, url);
-      if (handler) handler->application = id.substr(0, id.rfind(".desktop"));
-      return handler;
-    }
+  for (const MimeFolder& folder : folders) {
+    Choice choice = chooseAmong(findDefaults(folder, type), folders, url);
+    if (choice.isMade) return std::move(choice.handler);
   }
-  return std::nullopt;
+  return chooseAmong(findAssociated(folders, type), folders, url).handler;
 }
 
 }  // namespace
 
 std::optional<DefaultHandler> findDefaultHandler(std::string_view scheme, std::string_view url) {
   // The handler of a file is that of its type, not of its scheme.
-  if (scheme == "file" || isSandboxed()) return std::nullopt;
+  if (scheme == "file" || isSandboxed() || kdeRestrictsUrls()) return std::nullopt;
   const auto folders = findMimeFolders();
   if (!folders) return std::nullopt;
   const std::string type = "x-scheme-handler/" + std::string(scheme);

@@ -1,35 +1,16 @@
 #include "platform/linux/KeyFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
+#include <utility>
 
+#include "platform/linux/TextFile.h"
 #include "text/Ascii.h"
 
 namespace Vastel_Connect {
 namespace {
 
-/// Far above what a desktop with all its applications has in one file.
-constexpr std::size_t kSizeLimit = std::size_t{1} << 20;
-
 bool isBlank(char c) {
   return c == ' ' || c == '\t';
-}
-
-/// The content of a regular file; false for anything else, and when it is too long or changes.
-bool readFile(int file, std::string& text) {
-  struct stat status = {};
-  if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return false;
-  const auto size = static_cast<std::size_t>(status.st_size);
-  if (size > kSizeLimit) return false;
-  // One more, to see what has grown.
-  text.resize(size + 1);
-  const ssize_t length = ::read(file, text.data(), text.size());
-  text.resize(size);
-  return length == status.st_size;
 }
 
 /// Whether `text` has control characters other than tabs and line feeds.
@@ -65,16 +46,15 @@ bool isKey(std::string_view text) {
 }  // namespace
 
 std::optional<KeyFile> KeyFile::read(const std::string& path) {
+  TextFile file = readTextFile(path);
+  if (file.isMissing) return KeyFile();
+  return file.error.empty() ? parse(std::move(file.text)) : std::nullopt;
+}
+
+std::optional<KeyFile> KeyFile::parse(std::string text) {
   KeyFile result;
-  // Not to wait for the writer of a FIFO.
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (file < 0) {
-    if (errno != ENOENT && errno != ENOTDIR) return std::nullopt;
-    return result;
-  }
-  const bool complete = readFile(file, result.text_);
-  ::close(file);
-  if (!complete || !result.parse()) return std::nullopt;
+  result.text_ = std::move(text);
+  if (!result.readEntries()) return std::nullopt;
   return result;
 }
 
@@ -86,7 +66,7 @@ std::optional<std::string_view> KeyFile::value(std::string_view group, std::stri
   return view(found->value);
 }
 
-bool KeyFile::parse() {
+bool KeyFile::readEntries() {
   if (hasControls(text_)) return false;
   // Few lines are shorter than that. Growing from nothing, the entries would make the heap give its
   // pages back to the system every time.

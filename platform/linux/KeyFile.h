@@ -16,6 +16,9 @@ class KeyFile {
   /// the form, is no regular file, is too long or cannot be read.
   [[nodiscard]] static std::optional<KeyFile> read(const std::string& path);
 
+  /// The same of a text, which is at most 4 GiB long.
+  [[nodiscard]] static std::optional<KeyFile> parse(std::string text);
+
   /// The name of the first group; empty when there is none.
   [[nodiscard]] std::string_view firstGroup() const {
     return firstGroup_ ? view(*firstGroup_) : std::string_view();
@@ -45,7 +48,7 @@ class KeyFile {
     return {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end - begin)};
   }
   /// Fills `entries_` from `text_`; false for a line that is none of the form.
-  [[nodiscard]] bool parse();
+  [[nodiscard]] bool readEntries();
 
   std::string text_;
   std::optional<Range> firstGroup_;

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
+#include "platform/linux/CurrentDesktop.h"
 #include "platform/linux/Environment.h"
 #include "platform/linux/KeyFile.h"
-#include "text/Ascii.h"
 #include "text/Split.h"
 
 namespace Vastel_Connect {
@@ -26,11 +26,6 @@ bool appendNew(const std::string& text, Texts& list) {
   if (contains(list, text)) return false;
   list.push_back(text);
   return true;
-}
-
-/// XDG_CURRENT_DESKTOP in lower case, most specific first.
-Texts currentDesktops() {
-  return splitWords(asciiLowerCase(environmentText("XDG_CURRENT_DESKTOP")), ":");
 }
 
 /// Appends the applications that a key lists, without those in `except`. False when the list is not
@@ -100,20 +95,10 @@ bool kdeAgrees(const MimeFolder& folder, const std::string& type, const Texts& d
 }  // namespace
 
 std::optional<std::vector<MimeFolder>> findMimeFolders() {
-  const std::string home = environmentText("HOME");
-  if (!home.starts_with('/')) return std::nullopt;
+  if (!environmentText("HOME").starts_with('/')) return std::nullopt;
   std::vector<MimeFolder> folders;
-  const auto append = [&folders](const std::string& user, const std::string& system,
-                                 const std::string& below, bool holdsEntries) {
-    folders.push_back({user + below, holdsEntries});
-    for (const std::string& path : splitWords(system, ":")) {
-      folders.push_back({path + below, holdsEntries});
-    }
-  };
-  append(environmentText("XDG_CONFIG_HOME", home + "/.config"),
-         environmentText("XDG_CONFIG_DIRS", "/etc/xdg"), "", false);
-  append(environmentText("XDG_DATA_HOME", home + "/.local/share"),
-         environmentText("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), "/applications", true);
+  for (const std::string& path : configFolders()) folders.push_back({path, false});
+  for (const std::string& path : dataFolders()) folders.push_back({path + "/applications", true});
 
   const bool absolute = std::all_of(folders.begin(), folders.end(), [](const MimeFolder& folder) {
     return folder.path.starts_with('/');
@@ -142,10 +127,6 @@ Candidates findAssociated(const std::vector<MimeFolder>& folders, const std::str
     for (const std::string& id : associations->removed) appendNew(id, decided);
   }
   return candidates;
-}
-
-bool isKde() {
-  return contains(currentDesktops(), "kde");
 }
 
 }  // namespace Vastel_Connect

@@ -36,7 +36,4 @@ using Candidates = std::optional<std::vector<Candidate>>;
 [[nodiscard]] Candidates findAssociated(const std::vector<MimeFolder>& folders,
                                         const std::string& type);
 
-/// Whether the desktop is KDE, where an answer is plain only if KDE's rules give it, too.
-[[nodiscard]] bool isKde();
-
 }  // namespace Vastel_Connect

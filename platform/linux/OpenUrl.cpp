@@ -1,12 +1,14 @@
 // Opening a page: by its default handler directly, or by an opener of the desktop's.
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/Platform.h"
+#include "platform/linux/CurrentDesktop.h"
 #include "platform/linux/DefaultHandler.h"
+#include "platform/linux/FindProgram.h"
 #include "platform/linux/Host.h"
-#include "platform/linux/MimeApps.h"
 #include "platform/linux/Scope.h"
 #include "platform/linux/Spawn.h"
 #include "text/Ascii.h"
@@ -15,22 +17,34 @@
 namespace Vastel_Connect::platform {
 namespace {
 
-bool start(const std::string& application, const std::string& program,
-           const std::vector<std::string>& arguments) {
+/// A program's name, and its arguments.
+using Command = std::vector<std::string>;
+
+bool start(const std::string& application, const std::string& program, const Command& arguments) {
   const auto child = spawnProgram(program, arguments, host().token);
   if (child) startScope(*child, application);
   return child.has_value();
 }
 
-/// Starts the first of the openers that is there.
-bool startOpener(const std::string& url) {
-  std::vector<std::vector<std::string>> openers = {{"gio", "open", url}, {"xdg-open", url}};
+/// The openers to be tried for a URL, best first.
+std::vector<Command> openersFor(const std::string& scheme, const std::string& url) {
+  const Command gio = {"gio", "open", url};
   // By its name: xdg-open does not know each version of KDE, and then opens nothing.
-  if (isKde()) openers.insert(openers.begin(), {{"kde-open", url}, {"kde-open5", url}});
-  return std::any_of(openers.begin(), openers.end(), [](const auto& opener) {
-    const auto program = findProgram(opener.front());
-    return program && start(opener.front(), *program, opener);
-  });
+  std::vector<Command> kde = {{"kde-open", url}, {"kde-open5", url}};
+  if (scheme == "file") {
+    // It opens a file by its type. The others run a local desktop entry, or follow the URL in it,
+    // which may be a link to this program: that would go on for ever.
+    return kdeRestrictsUrls() ? std::vector<Command>() : std::vector<Command>{gio};
+  }
+  if (kdeRestrictsUrls()) return kde;
+  std::vector<Command> openers = isKde() ? std::move(kde) : std::vector<Command>();
+  openers.insert(openers.end(), {gio, {"xdg-open", url}});
+  return openers;
+}
+
+bool startOpener(const Command& opener) {
+  const auto program = findProgram(opener.front());
+  return program && start(opener.front(), *program, opener);
 }
 
 }  // namespace
@@ -38,10 +52,11 @@ bool startOpener(const std::string& url) {
 bool openUrl(std::string_view page) {
   const std::string url = urlText(page);
   const std::string scheme = asciiLowerCase(urlScheme(url));
-  if (const auto handler = findDefaultHandler(scheme, url)) {
-    return start(handler->application, handler->program, handler->arguments);
-  }
-  return startOpener(url);
+  const auto handler = findDefaultHandler(scheme, url);
+  // The kernel may refuse what a desktop would start, as a script without "#!".
+  if (handler && start(handler->application, handler->program, handler->arguments)) return true;
+  const auto openers = openersFor(scheme, url);
+  return std::any_of(openers.begin(), openers.end(), startOpener);
 }
 
 }  // namespace Vastel_Connect::platform

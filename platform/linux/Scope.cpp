@@ -44,7 +44,7 @@ void startScope(pid_t child, const std::string& application) {
   sd_bus_message_append(call, "ssa(sv)a(sa(sv))", scopeName(child, application).c_str(), "fail", 3,
                         "PIDs", "au", 1, static_cast<std::uint32_t>(child), "Slice", "s",
                         "app.slice", "CollectMode", "s", "inactive-or-failed", 0);
-  // A call whose number nobody keeps asks for no answer.
+  // Without a place for the call's number, the library asks for no answer.
   sd_bus_send(host().bus, call, nullptr);
   sd_bus_message_unref(call);
 }

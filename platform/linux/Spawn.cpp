@@ -2,25 +2,16 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <iterator>
 
 #include "platform/linux/Environment.h"
-#include "text/Split.h"
 
 namespace Vastel_Connect {
 namespace {
-
-bool isExecutable(const std::string& path) {
-  struct stat status = {};
-  return ::access(path.c_str(), X_OK) == 0 && ::stat(path.c_str(), &status) == 0 &&
-         S_ISREG(status.st_mode);
-}
 
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
   std::vector<char*> result;
@@ -40,13 +31,20 @@ std::vector<std::string> tokenVariables(const ActivationToken& token) {
   return variables;
 }
 
+/// The user's home, where desktops start programs; "/" where it cannot be entered.
+std::string startFolder() {
+  const std::string home = environmentText("HOME");
+  const bool isEntered = home.starts_with('/') && ::access((home + "/").c_str(), X_OK) == 0;
+  return isEntered ? home : "/";
+}
+
 /// The attributes and file actions of a program that lives on by itself.
 class Detached {
  public:
   Detached() {
     sigset_t none;
     sigemptyset(&none);
-    // SIGPIPE is ignored by us. Naming all spares asking which others are.
+    // All, not only SIGPIPE, which this program ignores: whoever started it may ignore others.
     sigset_t all;
     sigfillset(&all);
     posix_spawnattr_init(&attributes_);
@@ -59,6 +57,7 @@ class Detached {
     posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDERR_FILENO);
     posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+    posix_spawn_file_actions_addchdir_np(&actions_, startFolder().c_str());
   }
   ~Detached() {
     posix_spawn_file_actions_destroy(&actions_);
@@ -76,18 +75,6 @@ class Detached {
 };
 
 }  // namespace
-
-std::optional<std::string> findProgram(const std::string& name) {
-  if (name.starts_with('/')) return isExecutable(name) ? std::optional(name) : std::nullopt;
-  const char* path = std::getenv("PATH");
-  if (path == nullptr || name.empty() || name.find('/') != name.npos) return std::nullopt;
-  for (const std::string_view folder : splitText(path, ":")) {
-    if (!folder.starts_with('/')) continue;
-    std::string program = std::string(folder).append("/").append(name);
-    if (isExecutable(program)) return program;
-  }
-  return std::nullopt;
-}
 
 std::optional<pid_t> spawnProgram(const std::string& program,
                                   const std::vector<std::string>& arguments,

@@ -10,14 +10,10 @@
 
 namespace Vastel_Connect {
 
-/// The absolute path of an executable that is named by a path or is found in PATH; absent when
-/// there is none. A folder of PATH that is relative to the current one is passed over.
-[[nodiscard]] std::optional<std::string> findProgram(const std::string& name);
-
-/// Starts a program that lives on by itself: in a session of its own, with /dev/null for standard
-/// streams, no other descriptor of ours, no signal blocked or ignored, and `token` in its
-/// environment, where a lone startup id counts as the activation token on Wayland. Absent when it
-/// could not be started. The kernel reaps it.
+/// Starts a program that lives on by itself: in a session of its own, in the user's home folder,
+/// with /dev/null for standard streams, no other descriptor of ours, no signal blocked or ignored,
+/// and `token` in its environment, where a lone startup id counts as the activation token on
+/// Wayland. Absent when it could not be started. The kernel reaps it.
 [[nodiscard]] std::optional<pid_t> spawnProgram(const std::string& program,
                                                 const std::vector<std::string>& arguments,
                                                 const ActivationToken& token);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "platform/linux/CurrentDesktop.h"
 #include "platform/linux/MimeApps.h"
 #include "tests/linux/PrivateFolder.h"
 
@@ -52,6 +53,23 @@ class DefaultHandlerOfHttp : public testing::Test {
 
   [[nodiscard]] static bool isPlain(std::string_view scheme = "http") {
     return findDefaultHandler(scheme, kUrl).has_value();
+  }
+
+  using Files = std::map<std::string, std::string>;
+
+  /// The same with other files, which are then as they were.
+  bool isPlainWith(const Files& files, std::string_view scheme = "http") {
+    Files before;
+    for (const auto& [name, content] : files) {
+      before[name] = folder.read(name);
+      folder.write(name, content);
+    }
+    const bool result = isPlain(scheme);
+    for (const auto& [name, content] : before) {
+      folder.write(name, content);
+      if (content.empty()) std::filesystem::remove(folder.path(name));
+    }
+    return result;
   }
 
   // Some readers would wait for a writer, read for ever, or stop there.
@@ -106,15 +124,6 @@ TEST_F(DefaultHandlerOfHttp, IsLookedForInTheUsualFoldersWhereNoneAreNamed) {
   EXPECT_EQ(found,
             "/home/user/.config\n/etc/xdg\n/home/user/.local/share/applications!\n"
             "/usr/local/share/applications!\n/usr/share/applications!\n");
-}
-
-TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnOverlongList) {
-  for (const std::size_t length : {16384U, 16385U}) {
-    std::string list = "alpha.desktop";
-    list.resize(length, ';');
-    folder.write("config/mimeapps.list", "[Default Applications]\nx-scheme-handler/http=" + list);
-    EXPECT_EQ(isPlain(), length == 16384) << length;
-  }
 }
 
 TEST_F(DefaultHandlerOfHttp, GetsTheUrlAsOneWord) {
@@ -198,16 +207,30 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnUnusualEnvironment) {
   EXPECT_TRUE(isPlain());
 }
 
-TEST_F(DefaultHandlerOfHttp, IsNotThatOfAnotherScheme) {
-  EXPECT_FALSE(isPlain("https"));
-  EXPECT_FALSE(isPlain("htt"));
-  EXPECT_FALSE(isPlain(""));
-}
-
-TEST_F(DefaultHandlerOfHttp, IsNeverThatOfAFile) {
-  folder.write("config/mimeapps.list",
-               "[Default Applications]\nx-scheme-handler/file=alpha.desktop;\n");
-  EXPECT_FALSE(isPlain("file"));
+TEST_F(DefaultHandlerOfHttp, IsReadFromTheListsOfItsSchemeAlone) {
+  const auto chosen = [](const std::string& scheme, const std::string& ids = "alpha.desktop;") {
+    return "[Default Applications]\nx-scheme-handler/" + scheme + "=" + ids;
+  };
+  const std::string cache = "[MIME Cache]\nx-scheme-handler/http=alpha.desktop;\n";
+  const std::string longest(16384 - std::string("alpha.desktop;").size(), ';');
+  const struct {
+    Files files;
+    std::string_view scheme;
+    bool isPlain;
+  } rows[] = {
+      {{}, "https", false},
+      {{}, "htt", false},
+      {{}, "", false},
+      // The handler of a file is that of its type.
+      {{{"config/mimeapps.list", chosen("file")}}, "file", false},
+      {{{"config/mimeapps.list", chosen("http") + longest}}, "http", true},
+      {{{"config/mimeapps.list", chosen("http") + longest + ";"}}, "http", false},
+      {{{"config/mimeapps.list", ""}, {"config/mimeinfo.cache", cache}}, "http", false},
+      {{{"config/mimeapps.list", ""}, {"share/applications/mimeinfo.cache", cache}}, "http", true},
+  };
+  for (const auto& [files, scheme, expected] : rows) {
+    EXPECT_EQ(isPlainWith(files, scheme), expected) << scheme << testing::PrintToString(files);
+  }
 }
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualName) {
@@ -273,86 +296,61 @@ TEST_F(DefaultHandlerOfHttp, IsThatOfTheFirstChoiceWhateverIsBehindIt) {
   EXPECT_TRUE(isPlain());
 }
 
-TEST_F(DefaultHandlerOfHttp, IsFoundInTheListOfApplicationsBesideThemAlone) {
-  folder.write("config/mimeapps.list", "");
-  for (const auto& [path, isRead] : {std::pair("config", false), {"share/applications", true}}) {
-    folder.write(std::string(path) + "/mimeinfo.cache",
-                 "[MIME Cache]\nx-scheme-handler/http=alpha.desktop;\n");
-    EXPECT_EQ(isPlain(), isRead) << path;
+// On KDE an answer is plain only where its own opener gives the same one.
+TEST_F(DefaultHandlerOfHttp, IsPlainOnKdeWhereItsRulesGiveItToo) {
+  environment.set("XDG_CURRENT_DESKTOP", "KDE");
+  const auto list = [](const std::string& line, const std::string& group = "Default Applications") {
+    return "[" + group + "]\nx-scheme-handler/" + line + "\n";
+  };
+  const std::string choices =
+      list("http=alpha.desktop;") + list("https=alpha.desktop;") + list("tel=alpha.desktop;");
+  folder.write("config/mimeapps.list", choices);
+  const std::string beta = "[Desktop Entry]\nType=Application\nName=B\nExec=one %u\n";
+  const std::string added = list("tel=beta.desktop;", "Added Associations");
+  const struct {
+    Files files;
+    std::string_view scheme;
+    bool isPlain;
+  } rows[] = {
+      {{}, "http", true},
+      {{}, "https", true},
+      {{}, "tel", true},
+      // It takes the handler of https for http.
+      {{{"config/mimeapps.list", choices + list("https=beta.desktop;")}}, "http", false},
+      {{{"config/mimeapps.list", choices + list("https=beta.desktop;")},
+        {"share/applications/beta.desktop", beta}},
+       "http",
+       false},
+      {{{"config/mimeapps.list", choices + list("https=beta.desktop;")},
+        {"share/applications/beta.desktop", beta}},
+       "https",
+       true},
+      // It does not read these files.
+      {{{"config/kde-mimeapps.list", list("tel=beta.desktop;")}}, "https", true},
+      {{{"config/kde-mimeapps.list", list("tel=beta.desktop;")}}, "tel", false},
+      {{{"config/mimeapps.list", ""},
+        {"share/applications/defaults.list", list("https=alpha.desktop;")}},
+       "https",
+       false},
+      // What is added or removed has a say.
+      {{{"config/mimeapps.list", choices + added}}, "tel", true},
+      {{{"config/mimeapps.list", choices + list("tel=beta.desktop;", "Removed Associations")}},
+       "tel",
+       false},
+      {{{"config/mimeapps.list", ""}, {"etc/mimeapps.list", choices}}, "tel", true},
+      {{{"config/mimeapps.list", added}, {"etc/mimeapps.list", choices}}, "tel", false},
+      // Where nobody has chosen, or what is chosen is gone, it has an order of its own.
+      {{{"share/applications/mimeinfo.cache", list("sip=alpha.desktop;", "MIME Cache")}},
+       "sip",
+       false},
+      {{{"config/mimeapps.list", list("tel=gone.desktop;alpha.desktop;")}}, "tel", false},
+      // It may be told not to open some URLs.
+      {{{"config/kdeglobals", "[A][B]\n# \xff\nKDE URL Restrictions=1\n"}}, "tel", true},
+      {{{"etc/kdeglobals", "[A][B]\n\n[KDE URL Restrictions][$i]\n"}}, "tel", false},
+  };
+  for (const auto& [files, scheme, expected] : rows) {
+    EXPECT_EQ(isPlainWith(files, scheme), expected) << scheme << testing::PrintToString(files);
   }
-}
-
-TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnEndlessList) {
-  std::string list = "[Default Applications]\nx-scheme-handler/http=alpha.desktop;";
-  for (int i = 0; i < 2000; ++i) list += std::to_string(i) + ".desktop;";
-  folder.write("config/mimeapps.list", list);
-  EXPECT_FALSE(isPlain());
-}
-
-/// On KDE an answer is plain only where its own opener gives the same one.
-class DefaultHandlerOnKde : public DefaultHandlerOfHttp {
- protected:
-  DefaultHandlerOnKde() {
-    environment.set("XDG_CURRENT_DESKTOP", "KDE");
-    writeChoices("");
-  }
-
-  /// The choices of the user, in a file that goes on with `more`.
-  void writeChoices(const std::string& more) {
-    folder.write("config/mimeapps.list",
-                 "[Default Applications]\nx-scheme-handler/http=alpha.desktop;\n"
-                 "x-scheme-handler/https=alpha.desktop;\nx-scheme-handler/tel=alpha.desktop;\n" +
-                     more);
-  }
-};
-
-TEST_F(DefaultHandlerOnKde, IsPlainWhereTheUserHasChosen) {
-  EXPECT_TRUE(isPlain("http"));
-  EXPECT_TRUE(isPlain("https"));
-  EXPECT_TRUE(isPlain("tel"));
-}
-
-TEST_F(DefaultHandlerOnKde, IsThatOfHttpsForHttp) {
-  writeChoices("x-scheme-handler/https=beta.desktop;\n");
-  EXPECT_FALSE(isPlain("http"));
-  folder.write("share/applications/beta.desktop",
-               "[Desktop Entry]\nType=Application\nName=B\nExec=one %u\n");
-  EXPECT_FALSE(isPlain("http"));
-  EXPECT_TRUE(isPlain("https"));
-}
-
-TEST_F(DefaultHandlerOnKde, IsNotPlainByFilesThatKdeDoesNotRead) {
-  folder.write("config/kde-mimeapps.list",
-               "[Default Applications]\nx-scheme-handler/tel=beta.desktop;\n");
-  EXPECT_TRUE(isPlain("https"));
-  EXPECT_FALSE(isPlain("tel"));
-  folder.write("config/mimeapps.list", "");
-  folder.write("share/applications/defaults.list",
-               "[Default Applications]\nx-scheme-handler/https=alpha.desktop;\n");
-  EXPECT_FALSE(isPlain("https"));
-}
-
-TEST_F(DefaultHandlerOnKde, IsNotPlainWhereAssociationsHaveASay) {
-  writeChoices("[Added Associations]\nx-scheme-handler/tel=beta.desktop;\n");
-  EXPECT_TRUE(isPlain("tel"));
-  writeChoices("[Removed Associations]\nx-scheme-handler/tel=beta.desktop;\n");
-  EXPECT_FALSE(isPlain("tel"));
-  folder.write("etc/mimeapps.list",
-               "[Default Applications]\nx-scheme-handler/tel=alpha.desktop;\n");
-  folder.write("config/mimeapps.list", "");
-  EXPECT_TRUE(isPlain("tel"));
-  folder.write("config/mimeapps.list",
-               "[Added Associations]\nx-scheme-handler/tel=beta.desktop;\n");
-  EXPECT_FALSE(isPlain("tel"));
-}
-
-TEST_F(DefaultHandlerOnKde, IsNotPlainWithoutAChoiceOrItsEntry) {
-  folder.write("share/applications/mimeinfo.cache",
-               "[MIME Cache]\nx-scheme-handler/sip=alpha.desktop;\n");
-  EXPECT_FALSE(isPlain("sip"));
-  folder.write("config/mimeapps.list",
-               "[Default Applications]\nx-scheme-handler/tel=gone.desktop;alpha.desktop;\n");
-  EXPECT_FALSE(isPlain("tel"));
 }
 
 TEST(IsKde, ByAnyNameOfTheDesktop) {

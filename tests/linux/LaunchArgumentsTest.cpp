@@ -16,7 +16,8 @@ LaunchArguments read(std::vector<std::string> arguments) {
 using Texts = std::vector<std::string>;
 
 TEST(ReadLaunchArguments, TellsLinksFromSwitches) {
-  const Texts all = {"/usr/bin/vastel-connect", "-log", "screenpop:a", "path", "", "http://h/"};
+  const Texts all = {
+      "/usr/bin/vastel-connect", "-log", "screenpop:a", "path", "", "http://h/", "-help"};
   const LaunchArguments arguments = read(all);
   EXPECT_EQ(arguments.all, all);
   EXPECT_EQ(arguments.links, (Texts{"screenpop:a", "http://h/"}));

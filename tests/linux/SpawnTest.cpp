@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -87,6 +86,22 @@ TEST(SpawnProgram, GivesItAllSignalsWithTheirDefaults) {
   EXPECT_EQ(state, "PIPE\nHUP\nSigBlk:\t0000000000000000\n");
 }
 
+TEST(SpawnProgram, StartsItInTheHomeOfItsUser) {
+  const PrivateFolder folder;
+  const std::string file = folder.write("home/file", "");
+  const std::string home = folder.path("home");
+  for (const auto& [value, start] : {std::pair(std::optional(home), home),
+                                     {"home", "/"},
+                                     {file, "/"},
+                                     {home + "/none", "/"},
+                                     {"", "/"},
+                                     {std::nullopt, "/"}}) {
+    ScopedEnvironment environment;
+    environment.set("HOME", value);
+    EXPECT_EQ(outputOf("pwd"), start + "\n") << value.value_or("(not set)");
+  }
+}
+
 /// What a handler sees of a token, where WAYLAND_DISPLAY has this value.
 std::string tokenSeen(const ActivationToken& token, const std::optional<std::string>& display) {
   ScopedEnvironment environment;
@@ -117,53 +132,6 @@ TEST(LetKernelReapChildren, LeavesNoZombie) {
   EXPECT_EQ(::waitpid(*child, nullptr, 0), -1);
   EXPECT_EQ(errno, ECHILD);
   ::signal(SIGCHLD, SIG_DFL);
-}
-
-class FindProgram : public testing::Test {
- protected:
-  FindProgram() {
-    ::chmod(folder.write("bin/program", "").c_str(), 0700);
-    ::chmod(folder.write("later/program", "").c_str(), 0700);
-    folder.write("bin/plain", "");
-    std::filesystem::create_directory(folder.path("bin/folder"));
-    environment.set("PATH",
-                    folder.path("none") + ":" + folder.path("bin") + ":" + folder.path("later"));
-  }
-
-  PrivateFolder folder;
-  ScopedEnvironment environment;
-};
-
-TEST_F(FindProgram, TakesTheFirstInPath) {
-  EXPECT_EQ(findProgram("program"), folder.path("bin/program"));
-}
-
-TEST_F(FindProgram, TakesAnAbsolutePathAsItIs) {
-  EXPECT_EQ(findProgram(folder.path("later/program")), folder.path("later/program"));
-}
-
-TEST_F(FindProgram, IsAbsentForAnythingElse) {
-  for (const std::string& name :
-       {std::string(), std::string("none"), std::string("plain"), std::string("folder"),
-        std::string("bin/program"), std::string("./program"), folder.path("bin/plain"),
-        folder.path("bin/folder"), folder.path("none")}) {
-    EXPECT_EQ(findProgram(name), std::nullopt) << name;
-  }
-}
-
-TEST_F(FindProgram, PassesOverRelativeFolders) {
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path("later"));
-  environment.set("PATH", ":.:../later:" + folder.path("bin"));
-  EXPECT_EQ(findProgram("program"), folder.path("bin/program"));
-  environment.set("PATH", ":.:../later:");
-  EXPECT_EQ(findProgram("program"), std::nullopt);
-  std::filesystem::current_path(before);
-}
-
-TEST_F(FindProgram, IsAbsentWithoutPath) {
-  environment.set("PATH", std::nullopt);
-  EXPECT_EQ(findProgram("program"), std::nullopt);
 }
 
 }  // namespace

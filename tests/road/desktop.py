@@ -239,10 +239,10 @@ class Desktop(contextlib.ExitStack):
     def install_handler(self, schemes=("http", "https"), command=None, lines=()):
         """Makes a program the default handler of URLs, by a desktop entry; it reports pages."""
         program = self.install_reporter("bin/browser")
-        self._write("data/applications/browser.desktop", "\n".join([
+        self.write("data/applications/browser.desktop", "\n".join([
             "[Desktop Entry]", "Type=Application", "Name=Browser",
             f"Exec={command or program + ' %u'}", *lines, ""]))
-        self._write("config/mimeapps.list", "[Default Applications]\n" + "".join(
+        self.write("config/mimeapps.list", "[Default Applications]\n" + "".join(
             f"x-scheme-handler/{scheme}=browser.desktop\n" for scheme in schemes))
 
     def quick_pages(self):
@@ -251,7 +251,7 @@ class Desktop(contextlib.ExitStack):
 
     def install_service(self, name, command):
         """Lets the bus, when it is started, start a program for a name."""
-        self._write(f"services/{name}.service",
+        self.write(f"services/{name}.service",
                     SERVICE_FILE.replace(SERVICE, command).replace(NAME, name))
 
     def install_reporter(self, path):
@@ -269,7 +269,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
 """)
 
     def install_script(self, path, text):
-        return self._write(path, "#!/bin/sh\n" + text, 0o755)
+        return self.write(path, "#!/bin/sh\n" + text, 0o755)
 
     # What several tests expect.
 
@@ -294,7 +294,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
 
     # How all this is made, and taken away.
 
-    def _write(self, path, text, mode=0o644):
+    def write(self, path, text, mode=0o644):
         path = f"{self.folder}/{path}"
         os.makedirs(os.path.dirname(path), exist_ok=True)
         with open(path, "w", encoding="utf-8") as file:
@@ -305,7 +305,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
     def _make_folders(self):
         for name in ("home", "config", "data", "cache", "runtime", "tmp", "services", "empty"):
             os.mkdir(f"{self.folder}/{name}", 0o700)
-        self._write("config/menus/applications.menu", MENU)
+        self.write("config/menus/applications.menu", MENU)
 
     def _make_environment(self):
         kept = {name: value for name, value in os.environ.items()
@@ -326,7 +326,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
 
     def start_bus(self):
         address = f"unix:path={self.folder}/bus"
-        config = self._write("bus.conf", f"""<busconfig>
+        config = self.write("bus.conf", f"""<busconfig>
   <type>session</type>
   <listen>{address}</listen>
   <auth>EXTERNAL</auth>

@@ -19,6 +19,6 @@ target, status, program, *arguments = sys.argv[1:]
 descriptors = [each for each in map(int, os.listdir("/proc/self/fd")) if is_open(each)]
 report = {"program": program, "arguments": arguments, "environment": dict(os.environ),
           "status": status, "descriptors": sorted(descriptors), "session": os.getsid(0),
-          "pid": os.getpid()}
+          "pid": os.getpid(), "folder": os.getcwd()}
 with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as reports:
     reports.sendto(json.dumps(report).encode(), target)

@@ -20,6 +20,12 @@ def expect_opener(desktop, page, *expected):
     assert (os.path.basename(report.program), *report.arguments) == expected
 
 
+def expect_no_opener(desktop, *refused):
+    """Follows links of pages that nothing gets: the report of an opener would be in excess."""
+    desktop.open(*map(page_link, refused))
+    desktop.open()  # This is answered once the pages are done with.
+
+
 # Which handler is started.
 
 
@@ -44,9 +50,12 @@ def test_a_page_that_forms_no_url_reaches_no_handler_and_no_opener(desktop, refu
 
 @pytest.mark.parametrize("page, handler", [
     ("file:///etc/passwd", {"schemes": ("http", "https", "file")}), ("other:page", {}),
-    (PAGE, {"lines": ["Terminal=true"]}), (PAGE, {"command": '"{}/bin/browser" "%u"'})])
+    (PAGE, {"lines": ["Terminal=true"]}), (PAGE, {"command": '"{}/bin/browser" "%u"'}),
+    # The kernel does not start a script without "#!".
+    (PAGE, {"command": "{}/bin/nameless %u"})])
 def test_what_is_not_plain_is_left_to_the_opener(desktop, page, handler):
     desktop.listen_with_openers()
+    os.chmod(desktop.write("bin/nameless", "exit\n"), 0o755)
     if "command" in handler:
         handler = {"command": handler["command"].format(desktop.folder)}
     desktop.install_handler(**handler)
@@ -56,6 +65,34 @@ def test_what_is_not_plain_is_left_to_the_opener(desktop, page, handler):
 def test_another_opener_stands_in_where_one_is_missing(desktop):
     desktop.listen_with_openers("xdg-open")
     expect_opener(desktop, "other:page", "xdg-open", "other:page")
+
+
+KDE_OPENERS = ["kde-open", "kde-open5"]
+FILES = ["file:///home/x.desktop", "FILE:///x", "file:x", "File:/proc/self/cwd/x"]
+
+
+@pytest.mark.parametrize("name", ["KDE", "XFCE", "GNOME"])
+def test_a_file_is_given_to_gio_and_to_no_other_opener(desktop, name):
+    desktop.listen_with_openers(*KDE_OPENERS, "gio", "xdg-open", XDG_CURRENT_DESKTOP=name)
+    for page in FILES:
+        expect_opener(desktop, page, "gio", "open", page)
+    os.remove(desktop.folder + "/openers/gio")
+    expect_no_opener(desktop, *FILES)
+
+
+@pytest.mark.parametrize("path, text", [
+    ("config/kdeglobals", "[Colors:Header][Inactive]\na=1\n\n[KDE URL Restrictions][$i]\n"),
+    ("config/system.kdeglobals", "[KDE URL Restrictions]"),
+    ("empty/kdeglobals", "[KDE URL Restrictions]\n"), ("empty/kdeglobals/folder", "")])
+def test_where_kde_restricts_pages_its_openers_alone_are_asked(desktop, path, text):
+    desktop.listen_with_openers(*KDE_OPENERS, "gio", "xdg-open", XDG_CURRENT_DESKTOP="KDE")
+    expect_opener(desktop, PAGE, "browser", PAGE)
+    desktop.write(path, text)
+    for opener in KDE_OPENERS:
+        expect_opener(desktop, PAGE, opener, PAGE)
+        expect_no_opener(desktop, *FILES)
+        os.remove(f"{desktop.folder}/openers/{opener}")
+    expect_no_opener(desktop, PAGE, "other:page")
 
 
 def test_no_opener_at_all_harms_nothing(desktop):
@@ -103,10 +140,20 @@ def expect_clean_start(page):
         assert not ignored >> (number - 1) & 1, number
     assert page.descriptors == [0, 1, 2]
     assert page.session == page.pid
-    assert [name for name in page.environment if name.startswith("DBUS_STARTER")] == []
+    assert {*UNIT_VARIABLES} & {*page.environment} == set()
+    assert not any(name.startswith("DBUS_STARTER") for name in page.environment)
+    assert page.folder == page.environment["HOME"]
+
+
+# What a service manager tells a unit of the unit.
+UNIT_VARIABLES = dict.fromkeys([
+    "INVOCATION_ID", "JOURNAL_STREAM", "LISTEN_FDNAMES", "LISTEN_FDS", "LISTEN_PID", "LISTEN_PIDFDID",
+    "MANAGERPID", "MANAGERPIDFDID", "MEMORY_PRESSURE_WATCH", "MEMORY_PRESSURE_WRITE", "NOTIFY_SOCKET",
+    "SYSTEMD_EXEC_PID", "WATCHDOG_PID", "WATCHDOG_USEC"], "1")
 
 
 def test_a_handler_starts_clean_of_a_program_that_the_bus_started(desktop):
+    desktop.set_service_environment(**UNIT_VARIABLES)
     for _ in ("launch link", "later link"):
         desktop.open(LINK)
         expect_clean_start(desktop.page())
