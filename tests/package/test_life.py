@@ -90,7 +90,7 @@ def test_the_archive_takes_links(tree):
     folders = ["stat", "--format=%n %a %u:%g", "/", "/usr", "/usr/local", "/usr/local/share"]
     before = tree.run(*folders)
     tree.copy(package("vastel-connect-*.tar.gz"), "/tmp/archive.tar.gz")
-    tree.apt("install", "--no-install-recommends", "desktop-file-utils")
+    tree.apt("install", "--no-install-recommends", "desktop-file-utils", "libglib2.0-bin")
     tree.run("tar", "--no-overwrite-dir", "-C", "/", "-xzf", "/tmp/archive.tar.gz")
     tree.run("update-desktop-database", "/usr/local/share/applications")
     assert tree.run(*folders) == before
