@@ -17,7 +17,8 @@ if(NOT CONNECT_HOST_FOLDER)
     "For ${CMAKE_SYSTEM_NAME}, see \"A new host\" in docs/internals.md.")
 endif()
 
-# By its header: Debian 12 keeps utfcpp's CMake file where one processor alone finds it.
+# By its header, which is all of it: its CMake package has another name until version 4, and is one
+# processor's on Debian 12.
 find_path(UTF8CPP_INCLUDE_DIR utf8.h PATH_SUFFIXES utf8cpp REQUIRED)
 add_library(utf8cpp INTERFACE)
 target_include_directories(utf8cpp SYSTEM INTERFACE ${UTF8CPP_INCLUDE_DIR})
