@@ -1,6 +1,8 @@
 // The date formatter: the first line of an input is the pattern, the second a time zone's number,
 // the rest a text to be read. Zones without changes, so that a date can be counted day by day.
 #include <cstdlib>
+#include <regex>
+#include <set>
 
 #include "fuzz/Fuzz.h"
 #include "fuzz/Reference.h"
@@ -35,90 +37,56 @@ long secondsTo(const long (&fields)[6]) {
   return ((days - 719162) * 24 + fields[3]) * 3600 + fields[4] * 60 + fields[5];
 }
 
+constexpr auto kAtOnce = std::regex_constants::match_continuous;
+
+/// The form of each field.
+const std::regex& formOf(const std::string& field) {
+  static const std::regex four("[0-9]{4}");
+  static const std::regex two("[0-9]{2}");
+  static const std::regex offset(" *(?:Z|z|GMT|([+-])([01][0-9]|2[0-3]):?([0-5][0-9]))");
+  return field[0] == 'Z' ? offset : field[0] == 'y' ? four : two;
+}
+
 /// A pattern as what it is made of: a field's letters, or "'" and a text.
-std::optional<std::vector<std::string>> piecesOf(std::string_view pattern) {
+std::optional<std::vector<std::string>> piecesOf(std::string rest) {
+  static const std::regex form(R"(([A-Za-z])\1*|''|'((?:[^']|'')*)'|[^A-Za-z'])");
+  static const std::set<std::string> fields = {"yyyy", "MM", "dd", "HH", "mm", "ss", "Z", "ZZZZZ"};
   std::vector<std::string> pieces;
-  while (!pattern.empty()) {
-    const char c = pattern.front();
-    std::size_t length = 1;
-    if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) {
-      while (length < pattern.size() && pattern[length] == c) ++length;
-      const std::string field(pattern.substr(0, length));
-      for (const char* known : {"yyyy", "MM", "dd", "HH", "mm", "ss", "Z", "ZZZZZ", ""}) {
-        if (*known == '\0') return std::nullopt;
-        if (field == known) break;
-      }
-      pieces.push_back(field);
-    } else if (c == '\'' && pattern.substr(0, 2) != "''") {
-      std::string text = "'";
-      for (;; ++length) {
-        if (length >= pattern.size()) return std::nullopt;
-        if (pattern[length] != '\'') {
-          text += pattern[length];
-        } else if (length + 1 < pattern.size() && pattern[length + 1] == '\'') {
-          text += pattern[length++];
-        } else {
-          break;
-        }
-      }
-      ++length;
-      pieces.push_back(text);
-    } else {
-      pieces.push_back(std::string("'") + c);
-      length = c == '\'' ? 2 : 1;
-    }
-    pattern.remove_prefix(length);
+  while (!rest.empty()) {
+    std::smatch found;
+    if (!std::regex_search(rest, found, form, kAtOnce)) return std::nullopt;
+    const std::string text = found[2].matched ? found.str(2) : found.str();
+    if (found[1].matched && !fields.contains(text)) return std::nullopt;
+    pieces.push_back(found[1].matched ? text
+                                      : "'" + std::regex_replace(text, std::regex("''"), "'"));
+    rest = found.suffix().str();
   }
   return pieces;
 }
 
-bool readDigits(std::string_view& text, std::size_t count, long& number) {
-  if (text.size() < count) return false;
-  const std::string digits(text.substr(0, count));
-  if (digits.find_first_not_of("0123456789") != digits.npos) return false;
-  number = std::stol(digits);
-  text.remove_prefix(count);
-  return true;
-}
-
-bool readOffset(std::string_view& text, long& minutes) {
-  while (text.substr(0, 1) == " ") text.remove_prefix(1);
-  for (const std::string_view zero : {"Z", "z", "GMT"}) {
-    if (text.substr(0, zero.size()) != zero) continue;
-    minutes = 0;
-    text.remove_prefix(zero.size());
-    return true;
-  }
-  const std::string sign(text.substr(0, 1));
-  if (sign != "+" && sign != "-") return false;
-  text.remove_prefix(1);
-  long hour = 0;
-  long minute = 0;
-  if (!readDigits(text, 2, hour)) return false;
-  if (text.substr(0, 1) == ":") text.remove_prefix(1);
-  if (!readDigits(text, 2, minute) || hour > 23 || minute > 59) return false;
-  minutes = (hour * 60 + minute) * (sign == "-" ? -1 : 1);
-  return true;
-}
-
-std::optional<long> readDate(const std::vector<std::string>& pieces, std::string_view text,
-                             long zone) {
-  constexpr std::string_view kNames[] = {"yyyy", "MM", "dd", "HH", "mm", "ss"};
+std::optional<long> readDate(const std::vector<std::string>& pieces, std::string text, long zone) {
+  constexpr std::string_view kNames = "yMdHms";
   long fields[] = {2000, 1, 1, 0, 0, 0};
   long offset = zone;
-  const bool blanksFirst = !pieces.empty() && pieces.front().front() != '\'';
-  while (blanksFirst && text.substr(0, 1) == " ") text.remove_prefix(1);
+  if (!pieces.empty() && pieces.front().front() != '\'') {
+    text.erase(0, text.find_first_not_of(' '));
+  }
   for (const std::string& piece : pieces) {
+    std::smatch found;
     if (piece.front() == '\'') {
-      if (text.substr(0, piece.size() - 1) != piece.substr(1)) return std::nullopt;
-      text.remove_prefix(piece.size() - 1);
-    } else if (piece.front() == 'Z') {
-      if (!readOffset(text, offset)) return std::nullopt;
-    } else {
-      std::size_t field = 0;
-      while (kNames[field] != piece) ++field;
-      if (!readDigits(text, piece.size(), fields[field])) return std::nullopt;
+      if (!text.starts_with(piece.substr(1))) return std::nullopt;
+      text.erase(0, piece.size() - 1);
+      continue;
     }
+    if (!std::regex_search(text, found, formOf(piece), kAtOnce)) return std::nullopt;
+    if (piece.front() != 'Z') {
+      fields[kNames.find(piece.front())] = std::stol(found.str());
+    } else {
+      const long minutes =
+          found[1].matched ? std::stol(found.str(2)) * 60 + std::stol(found.str(3)) : 0;
+      offset = found.str(1) == "-" ? -minutes : minutes;
+    }
+    text = found.suffix().str();
   }
   if (!text.empty() || fields[0] < 1 || fields[1] < 1 || fields[1] > 12) return std::nullopt;
   if (fields[2] < 1 || fields[2] > daysOf(fields[0], fields[1])) return std::nullopt;
@@ -129,9 +97,12 @@ std::optional<long> readDate(const std::vector<std::string>& pieces, std::string
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  auto text = fuzz::textOf(data, size);
-  const auto pattern = fuzz::takeField(text);
-  const auto number = fuzz::takeField(text);
+  auto fields = fuzz::textOf(data, size);
+  const std::string pattern(fuzz::takeField(fields));
+  const auto number = fuzz::takeField(fields);
+  const std::string text(fields);
+  // std::regex takes room on the stack for each character.
+  if (pattern.size() > 256) return 0;
   const Zone& zone = kZones[(number.empty() ? 0U : static_cast<unsigned char>(number[0])) % 4];
   ::setenv("TZ", zone.name, 1);
 

@@ -1,4 +1,5 @@
 // The reader and the writer of JSON.
+#include <algorithm>
 #include <cmath>
 
 #include "fuzz/Fuzz.h"
@@ -10,55 +11,28 @@ using reference::Json;
 
 namespace {
 
-/// Reals are compared roughly: the reader may be off in the last digits.
-bool sameNumber(const JsonValue& value, const std::string& text) {
-  if (!value.is_double()) {
-    // A whole number, kept exactly. "-0" is one of its spellings.
-    const std::string written = boost::json::serialize(value);
+/// Reals are compared roughly: the reader may be off in the last digits. A whole number is kept
+/// exactly; "-0" is one of its spellings.
+bool sameNumber(const std::string& written, const std::string& text) {
+  if (written.find_first_of(".eE") == written.npos) {
     return written == text || (written == "0" && text == "-0");
   }
   const double expected = std::strtod(text.c_str(), nullptr);
-  const double number = value.get_double();
+  const double number = std::strtod(written.c_str(), nullptr);
   return number == expected || std::abs(number - expected) <= std::abs(expected) * 1e-13 ||
          std::abs(number - expected) < 1e-300;
 }
 
-bool same(const JsonValue& value, const Json& expected);
-
-bool sameMembers(const JSON& object, const Json& expected) {
-  if (object.size() != expected.members.size()) return false;
-  for (const auto& [key, member] : object) {
-    const Json* other = expected.member(key);
-    if (other == nullptr || !same(member, *other)) return false;
-  }
-  return true;
-}
-
-bool sameElements(const JsonArray& array, const Json& expected) {
-  if (array.size() != expected.elements.size()) return false;
-  for (std::size_t i = 0; i < array.size(); ++i) {
-    if (!same(array[i], expected.elements[i])) return false;
-  }
-  return true;
-}
-
-bool same(const JsonValue& value, const Json& expected) {
-  switch (expected.kind) {
-    case Json::Null:
-      return value.is_null();
-    case Json::True:
-    case Json::False:
-      return value.is_bool() && value.get_bool() == (expected.kind == Json::True);
-    case Json::Number:
-      return value.is_number() && sameNumber(value, expected.text);
-    case Json::String:
-      return value.is_string() && value.get_string() == expected.text;
-    case Json::Array:
-      return value.is_array() && sameElements(value.get_array(), expected);
-    case Json::Object:
-      return value.is_object() && sameMembers(value.get_object(), expected);
-  }
-  return false;
+bool same(const Json& written, const Json& read) {
+  if (written.kind != read.kind || written.members.size() != read.members.size()) return false;
+  if (read.kind == Json::Number) return sameNumber(written.text, read.text);
+  return written.text == read.text &&
+         std::equal(written.elements.begin(), written.elements.end(), read.elements.begin(),
+                    read.elements.end(), same) &&
+         std::all_of(written.members.begin(), written.members.end(), [&read](const auto& member) {
+           const Json* other = read.member(member.key);
+           return other != nullptr && same(member.value, *other);
+         });
 }
 
 /// Whether a number of the document, or its power of ten, is beyond a double's. The grammar leaves
@@ -87,12 +61,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto expected = reference::parseJson(text);
   fuzz::expect(document.has_value() == expected.has_value(), "is it a document");
   if (!document) return 0;
-  const JSON* object = document->if_object();
-  const auto written = object != nullptr ? writeJsonText(*object) : std::nullopt;
+  const bool isObject = document->is_object();
+  auto written = writeJsonText(isObject ? document->get_object() : JSON{{"a", *document}});
+  // The writer takes objects alone: an array is taken out again.
+  if (written && !isObject) written = written->substr(5, written->size() - 6);
   const auto again = written ? reference::parseJson(*written) : std::nullopt;
   fuzz::expect(written.has_value() == again.has_value(), "what is written is JSON");
   if (hasHugeNumber(*expected)) return 0;
-  fuzz::expect(same(*document, *expected), "its values");
-  fuzz::expect(object == nullptr || (again && same(*document, *again)), "what is written");
+  fuzz::expect(again && same(*again, *expected), "the values of what is read and written");
   return 0;
 }
