@@ -47,9 +47,8 @@ def axis(scale, longest, height):
 
 
 def timeline(results):
-    """A picture of the rows of the topic "click", by their medians."""
-    rows = {each["name"]: {**each["peers"], "ours": each["ours"]} for each in results
-            if each["topic"] == "click"}
+    """A picture of the ways, by the medians of their parts."""
+    rows = {each["name"]: each["samples"] for each in results}
     longest = max(sum(row.get(part, 0) for part in PARTS) for row in rows.values())
     scale = (WIDTH - LABELS - 100) / longest
     height = 40 + len(rows) * LINE + 28

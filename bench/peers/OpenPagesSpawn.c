@@ -1,4 +1,4 @@
-// Usage: bench_open_pages_spawn HANDLER SOCKET. Starts the handler for each page, and nothing else.
+// Usage: bench_open_pages_spawn SOCKET HANDLER. Starts the handler for each page, and nothing else.
 #include <signal.h>
 #include <spawn.h>
 
@@ -16,8 +16,8 @@ static void openPage(const char* page) {
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
-  handler[0] = argv[1];
-  handler[1] = argv[2];
+  handler[0] = argv[2];
+  handler[1] = argv[1];
   signal(SIGCHLD, SIG_IGN);
-  return openEachLine(openPage);
+  return openEachLine(argv[1], openPage);
 }
