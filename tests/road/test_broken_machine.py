@@ -3,10 +3,11 @@ whose bus library fails."""
 
 import collections
 import contextlib
+import datetime
 import os
 import resource
 import signal
-import time
+import zoneinfo
 
 import pytest
 from gi.repository import Gio, GLib
@@ -112,18 +113,25 @@ def test_a_link_is_only_logged_without_descriptors(desktop):
         desktop.expect_recovery(listener, before)
 
 
-def test_a_clock_that_is_set_is_the_clock_of_the_log(desktop):
+# The first offset is of quarter hours, the second negative.
+@pytest.mark.parametrize("zone", ["Asia/Kathmandu", "America/Caracas"])
+def test_a_clock_that_is_set_is_the_clock_of_both_forms_of_the_log(new_desktop, zone):
+    desktop = new_desktop(TZ=zone)
     clock = desktop.folder + "/clock"
     listener = None
     # Among them a 1st of January that belongs to the last week of the year before.
     for seconds in (1_900_000_000, 0, 4_102_444_799, 951_782_399, 1_798_804_800, 1_900_000_001):
         with open(clock, "w", encoding="ascii") as file:
             file.write(str(seconds))
-        listener = listener or desktop.listen("-jsonlog", LD_PRELOAD=FAULTS, FAULTS_CLOCK=clock)
+        listener = listener or desktop.listen("-jsonlog", "-log", LD_PRELOAD=FAULTS,
+                                              FAULTS_CLOCK=clock)
         desktop.open(LINK)
-        for _ in messages_of(LINK):
-            assert time.strftime("%Y-%m-%dT%H:%M:%S%z",
-                                 time.localtime(seconds)) in listener.output.next()
+        local = datetime.datetime.fromtimestamp(seconds, zoneinfo.ZoneInfo(zone))
+        for message in messages_of(LINK):
+            assert listener.output.next() == local.strftime("Log %H:%M:%S> ") + message
+            assert listener.output.next() == (
+                local.strftime('{"datetime":"%Y-%m-%dT%H:%M:%S%z","event":"Log","message":"')
+                + message + '"}')
         assert desktop.opened() == PAGE
 
 

@@ -143,13 +143,6 @@ def test_an_array_ends_the_program_and_leaves_the_links_to_the_other(desktop, li
     desktop.expect_link(listener)
 
 
-def test_an_array_ends_a_program_that_it_starts(desktop):
-    desktop.open(FATAL)
-    desktop.wait_for_owner(None)
-    desktop.open(LINK)
-    assert desktop.opened() == PAGE
-
-
 def test_an_array_on_the_command_line_ends_the_program_that_it_becomes(new_desktop):
     assert new_desktop(service=None).run("-log", FATAL) == ("", "", 70)
 

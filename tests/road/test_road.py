@@ -41,13 +41,6 @@ def test_open_warm_logs_and_opens_the_page(desktop, listener):
         desktop.expect_link(listener, page)
 
 
-def test_open_takes_several_links_in_their_order(desktop, listener):
-    links = [page_link(page) for page in pages(5)]
-    desktop.open(*links)
-    listener.expect_log(*links)
-    assert desktop.opened_all(5) == pages(5)
-
-
 def test_open_cold_takes_several_links(desktop):
     desktop.open(*map(page_link, pages(5)))
     assert desktop.opened_all(5) == pages(5)

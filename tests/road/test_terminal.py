@@ -1,7 +1,6 @@
 """The program in a terminal: its texts, its log lines, its signals, and what becomes of them when
 standard streams or the bus are missing."""
 
-import datetime
 import fcntl
 import json
 import os
@@ -258,7 +257,7 @@ def test_each_line_is_one_write(desktop):
     # The description of links is one text.
     assert writes(len(lines) + 1) == [*lines, golden("showuri")]
 
-    process = desktop.listen("-log", "-jsonlog", streams={"stdout": theirs})
+    process = desktop.listen("/LOG", "/JsonLog", streams={"stdout": theirs})
     theirs.close()
     writes(golden("banner").count("\n"))
     link = page_link(ODD_PAGE)
@@ -270,37 +269,6 @@ def test_each_line_is_one_write(desktop):
     assert ours.recv(1) == b""
 
 
-@pytest.mark.parametrize("zone, offset", [
-    # The second offset is of quarter hours, the third negative.
-    (None, datetime.datetime.now().astimezone().strftime("%z")), ("Asia/Kathmandu", "+0545"),
-    ("America/Caracas", "-0400")])
-def test_both_forms_carry_the_users_time(new_desktop, zone, offset):
-    desktop = new_desktop(**({"TZ": zone} if zone else {}))
-    process = desktop.listen("-jsonlog", "-log")
-    # The clock that counts seconds may be a tick behind the other.
-    before = datetime.datetime.now(datetime.timezone.utc) - datetime.timedelta(seconds=2)
-    desktop.open(LINK)
-    for message in messages_of(LINK):
-        plain = re.fullmatch(r"Log (\d\d:\d\d:\d\d)> (.*)", process.output.next())
-        record = re.fullmatch(r'\{"datetime":"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d{4})",'
-                              r'"event":"Log","message":"(.*)"\}', process.output.next())
-        assert (plain[2], record[2], record[1][-5:]) == (message, message, offset)
-        written = datetime.datetime.strptime(record[1], "%Y-%m-%dT%H:%M:%S%z")
-        assert before <= written <= datetime.datetime.now(datetime.timezone.utc)
-        # The plain line is the earlier one of the two.
-        assert plain[1] in [(written - datetime.timedelta(seconds=each)).strftime("%X")
-                            for each in (0, 1)]
-    assert desktop.opened() == PAGE
-
-
-def test_a_plain_line_carries_any_message_unchanged(desktop):
-    process = desktop.listen("/LOG")
-    desktop.open(page_link(ODD_PAGE), LINK)
-    assert desktop.opened() == PAGE
-    log = re.sub(r"(?m)^Log \d\d:\d\d:\d\d> ", "Log> ", process.end().output)
-    assert log == "".join(f"Log> {message}\n" for message in messages_of(page_link(ODD_PAGE), LINK))
-
-
 def test_no_message_forges_a_line_of_the_json_log(desktop):
     process = desktop.listen("/JsonLog")
     links = [page_link(ODD_PAGE), ODD_PAGE.replace("\0", "")]
@@ -309,13 +277,6 @@ def test_no_message_forges_a_line_of_the_json_log(desktop):
     assert [json.loads(line)["message"] for line in lines] == messages_of(*links)
     assert not [line for line in lines if re.search("[\0-\x1f]", line)]
     assert r'a \"quoted\"\\\nline\tof \u0001 Köln ☃ 📞' in lines[3]
-
-
-def test_nothing_is_written_without_a_log_switch(desktop):
-    process = desktop.listen()
-    desktop.open(LINK, "mailto:a@b.test", "screenpop:")
-    assert desktop.opened() == PAGE
-    assert process.end() == SILENCE
 
 
 # Arguments that are not UTF-8.
@@ -350,15 +311,6 @@ def test_without_a_bus_launch_links_are_opened_and_one_line_says_so(new_desktop,
         result = desktop.run("-log", *map(page_link, opened), "-jsonlog")
         assert result == (golden("banner"), NO_BUS, 1)
         assert desktop.opened_all(len(opened)) == opened
-
-
-# Signals.
-
-
-@pytest.mark.parametrize("number", END_SIGNALS)
-def test_a_signal_to_end_gives_the_name_back(desktop, number):
-    assert desktop.listen().end(number) == SILENCE
-    assert desktop.names_seen()[-1] == ""
 
 
 def test_hang_up_stays_ignored(desktop):
