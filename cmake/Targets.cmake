@@ -16,7 +16,9 @@ if(NOT APPLE AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   target_compile_options(connect_options INTERFACE -fcf-protection)
 endif()
 target_compile_definitions(connect_options INTERFACE
-  $<$<CONFIG:Release>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
+  $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>
+  # Of whichever standard library it is.
+  _GLIBCXX_ASSERTIONS _LIBCPP_HARDENING_MODE=_LIBCPP_HARDENING_MODE_FAST)
 
 # A time has 64 bits on processors of 32, too.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)

@@ -17,6 +17,10 @@ set_target_properties(Vastel_Connect PROPERTIES
   "XCODE_ATTRIBUTE_CODE_SIGN_INJECT_BASE_ENTITLEMENTS[variant=Release]" NO
   "XCODE_ATTRIBUTE_ENABLE_HARDENED_RUNTIME[variant=Release]" YES)
 
+# In a project for Xcode, a target has one set of options for all its languages.
+set_target_properties(connect_host Vastel_Connect PROPERTIES
+  XCODE_ATTRIBUTE_CLANG_ENABLE_OBJC_ARC YES)
+
 find_program(CONNECT_XCRUN xcrun)
 execute_process(COMMAND ${CONNECT_XCRUN} --find ibtool
   OUTPUT_VARIABLE ibtool OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE status)
@@ -32,6 +36,13 @@ if(CMAKE_GENERATOR STREQUAL "Xcode")
   target_sources(Vastel_Connect PRIVATE ${interface} ${icon})
   set_source_files_properties(${interface} ${icon} PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
   return()
+endif()
+
+# A crash report names functions by what is kept here; the program itself need not hold it.
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  add_custom_command(TARGET Vastel_Connect POST_BUILD
+    COMMAND dsymutil $<TARGET_FILE:Vastel_Connect> -o ${PROJECT_BINARY_DIR}/Vastel_Connect.app.dSYM
+    COMMAND strip -S $<TARGET_FILE:Vastel_Connect> VERBATIM)
 endif()
 
 # ibtool makes a file or a folder, as it likes: it writes where the result belongs.
@@ -52,6 +63,8 @@ endif()
 # ordered before anything.
 add_custom_target(bundle ALL
   COMMAND ${CMAKE_COMMAND} -E copy ${icon} ${resources}
+  # A folder that iCloud keeps marks files in a way that codesign refuses.
+  COMMAND xattr -cr $<TARGET_BUNDLE_DIR:Vastel_Connect>
   COMMAND codesign --force "$<$<CONFIG:Release>:--options;runtime>" ${time_stamp}
     --entitlements ${entitlements} --sign ${CONNECT_SIGNING_IDENTITY}
     $<TARGET_BUNDLE_DIR:Vastel_Connect>

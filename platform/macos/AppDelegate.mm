@@ -59,4 +59,9 @@
   return [super init];
 }
 
+// Nothing is restored, securely. Without an answer, newer systems complain on standard error.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
+  return YES;
+}
+
 @end

@@ -3,6 +3,9 @@
 
 if(CONNECT_HOST STREQUAL "gnustep")
   set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER})
+else()
+  # For the symbols that are kept beside the program.
+  add_compile_options(-g)
 endif()
 enable_language(OBJCXX)
 set(CMAKE_OBJCXX_STANDARD 20)

@@ -1,211 +1,235 @@
-"""Tests the macOS application as GNUstep's AppKit runs it."""
+"""The macOS application as GNUstep's AppKit runs it, on a desktop of its own: a display that nobody
+sees, an empty home, and the library that stands in for what GNUstep lacks."""
 import datetime
 import json
 import os
+import pathlib
 import re
+import subprocess
 
-import judge
-from judge import data_lines, text_event
+import pytest
 from model import expect, make_link, page_link
+from processes import Process, adopt_orphans, golden, kill_children
 
-BANNER = data_lines("banner")
-SET_HANDLER = "@set handler GURL GURL AppDelegate UriEventHandlerWithEvent:withReplyEvent:"
+EXECUTABLE = pathlib.Path(os.environ["CONNECT_BUNDLE"]) / "Vastel_Connect"
+PAGE = "https://crm.example/48213"
+
 REMOVE_HANDLER = "@remove handler GURL GURL"
-METHODS = ("window setWindow: applicationWillFinishLaunching: applicationDidFinishLaunching: "
-           "applicationWillTerminate: UriEventHandlerWithEvent:withReplyEvent: init")
-WILL_FINISH = ["@will finish launching", SET_HANDLER]
+WILL_FINISH = [
+    "@will finish launching",
+    "@set handler GURL GURL AppDelegate UriEventHandlerWithEvent:withReplyEvent:",
+]
 LAUNCHED = [
-    "@methods " + METHODS + " .cxx_destruct .cxx_construct",
+    "@methods window setWindow: applicationWillFinishLaunching: applicationDidFinishLaunching: "
+    "applicationWillTerminate: UriEventHandlerWithEvent:withReplyEvent: init "
+    "applicationSupportsSecureRestorableState: .cxx_destruct .cxx_construct",
     "@window hidden",
     "@unknown arguments as open: text NO",
 ]
-LAUNCH = WILL_FINISH + LAUNCHED
 ENDED_BY_ITSELF = ["@terminate, sender AppDelegate", REMOVE_HANDLER]
 ENDED_BY_SYSTEM = ["@terminate, sender (null)", REMOVE_HANDLER]
 
-PAGE = "https://crm.example/48213"
+
+def text_event(text):
+    """A get-URL event with a text as its direct parameter."""
+    return {"----": {"text": text}}
+
+
+def texts(*names):
+    """The lines of golden files, one after another."""
+    return golden(*names).split("\n")[:-1]
 
 
 def plain(*messages):
     return [f"Log HH:mm:ss> {message}" for message in messages]
 
 
-def logged(uri):
-    """The plain lines of a link."""
-    return plain(*expect(uri).messages)
+def without_time(line):
+    return re.sub(r"^(Log )\d\d:\d\d:\d\d> ", r"\1HH:mm:ss> ", line)
 
 
-def as_json(*messages):
-    return ['{"datetime":"datetime","event":"Log","message":%s}'
-            % json.dumps(message, ensure_ascii=False) for message in messages]
+class Application(Process):
+    """The running application. Its lines are its own output, and after "@" what it asked of the
+    desktop."""
+
+    def lines_until(self, last):
+        """The lines before `last`, which has to come."""
+        return [without_time(line) for line in iter(self.output.next, last)]
+
+    def rest(self):
+        """The lines up to the end of the process."""
+        return [without_time(line) for line in self.finish().output.split("\n")[:-1]]
+
+    def start_event(self, event):
+        self.write(json.dumps(event) + "\n")
+
+    def send_event(self, event):
+        """Sends an event, {} without a parameter, None for no event; gives the lines it caused."""
+        self.start_event(event)
+        return self.lines_until("@done")
+
+    def terminate(self):
+        """Asks the application to end, as the system does; gives the lines it caused."""
+        self.write("terminate\n")
+        return self.rest()
 
 
-class Life(judge.JudgeTest):
-    def test_registers_before_it_reads_the_command_line(self):
-        application = self.start("-log")
-        self.assertEqual(application.lines_until("@did finish launching"), LAUNCH)
-        self.assertEqual([application.output.next() for _ in BANNER], BANNER)
-        self.assertEqual(application.terminate(), ENDED_BY_SYSTEM)
-        self.assertEqual(application.wait(), 0)
-
-    def test_handles_the_link_that_launched_it_without_a_log_line(self):
-        application = self.start("-log", "-jsonlog", launch=text_event(page_link(PAGE)))
-        self.assertEqual(application.lines_until("@did finish launching"),
-                         LAUNCH + ["@open " + PAGE])
-        self.assertEqual([application.output.next() for _ in BANNER], BANNER)
-        self.assertEqual(application.terminate(), ENDED_BY_SYSTEM)
-
-    def test_keeps_the_methods_in_order(self):
-        application = self.start("-help")
-        methods = [line for line in application.rest() if line.startswith("@methods ")]
-        self.assertEqual(len(methods), 1)
-        self.assertTrue(methods[0].startswith("@methods " + METHODS + " .cxx_"), methods)
-
-    def test_shows_no_window(self):
-        self.assertIn("@window hidden", self.run_through("-help"))
-
-    def test_holds_nothing_of_the_tests(self):
-        binary = judge.EXECUTABLE.read_bytes()
-        self.assertIn(b"UriEventHandlerWithEvent:withReplyEvent:", binary)
-        for word in (b"ConnectTest", b"TestDesktop", b"recorded_", b"CONNECT_TEST"):
-            self.assertNotIn(word, binary)
+@pytest.fixture(scope="module")
+def variables(tmp_path_factory):
+    # What GNUstep starts on the side leaves its parent, and comes to us.
+    adopt_orphans()
+    home = str(tmp_path_factory.mktemp("home"))
+    server = Process(["Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp"],
+                     os.environ, stderr=subprocess.DEVNULL)
+    yield {
+        "PATH": os.environ["PATH"],
+        "HOME": home,
+        "TEMP": home,  # where GNUstep keeps its ports
+        "DISPLAY": ":" + server.output.next(),
+        "GNUSTEP_TZ": "UTC",
+        "LC_ALL": "C.UTF-8",
+        "LD_PRELOAD": os.environ["CONNECT_TEST_DESKTOP"],
+    }
+    server.discard()
+    kill_children()
 
 
-class Switches(judge.JudgeTest):
-    def printed(self, *arguments, launch=LAUNCH):
-        """What a start prints that ends by itself, between launch and end."""
-        lines = self.run_through(*arguments)
-        start = lines.index("@did finish launching")
-        self.assertEqual(lines[:start], launch)
-        self.assertEqual(lines[-2:], ENDED_BY_ITSELF)
-        return lines[start + 1:-2]
+@pytest.fixture
+def start(variables):
+    """Starts the application, with the event that launches it if there is one."""
+    started = []
 
-    def test_print_and_end(self):
-        for argument, name in (("-help", "help"), ("-h", "help"), ("-HELP", "help"),
-                               ("-changelog", "changelog"), ("-showuri", "showuri")):
-            with self.subTest(argument):
-                self.assertEqual(self.printed(argument), data_lines("banner", name))
+    def start(*arguments, launch=None, output=subprocess.PIPE, **more):
+        if launch is not None:
+            more["CONNECT_TEST_LAUNCH_EVENT"] = json.dumps(launch)
+        # What GNUstep complains of stands beside the test's own output.
+        started.append(Application([EXECUTABLE, *arguments], {**variables, **more},
+                                   stdin=subprocess.PIPE, stdout=output, stderr=None))
+        return started[-1]
 
-    def test_with_a_slash_open_no_file(self):
-        for argument, name in (("/help", "help"), ("/h", "help"), ("/changelog", "changelog"),
-                               ("/showuri", "showuri")):
-            with self.subTest(argument):
-                launch = WILL_FINISH + ["@pass over " + argument[1:]] + LAUNCHED
-                self.assertEqual(self.printed(argument, launch=launch),
-                                 data_lines("banner", name))
-
-    def test_leave_the_opening_of_files_to_who_asks_for_it(self):
-        lines = self.run_through("/help", "-NSTreatUnknownArgumentsAsOpen", "YES")
-        self.assertEqual(lines[:3], WILL_FINISH + ["@open file help"])
-
-    def test_print_in_their_own_order(self):
-        self.assertEqual(self.printed("-showuri", "/changelog", "-log", "-help"),
-                         data_lines("banner", "help", "changelog", "showuri"))
-
-    def test_for_the_log_print_nothing_at_the_start(self):
-        for argument in ("-log", "/log", "-jsonlog", "/jsonlog", "--help", "help", "-help=1"):
-            with self.subTest(argument):
-                application = self.start_waiting(argument)
-                self.assertEqual(application.terminate(), ENDED_BY_SYSTEM)
+    yield start
+    for application in started:
+        application.discard()
 
 
-class Events(judge.JudgeTest):
-    def test_open_the_page_with_the_exact_address(self):
-        application = self.start_waiting("-log")
-        for page in (PAGE, "http://h/?q=a%20b&c=%C3%A9#part", "https://Host.Example/Path",
-                     "tel:+31201234567", "mailto:someone@example.org?subject=a%2Bb",
-                     "custom.scheme+x:opaque"):
-            with self.subTest(page):
-                self.assertEqual(application.send_event(text_event(page_link(page))),
-                                 logged(page_link(page)) + ["@open " + page])
+@pytest.fixture
+def listen(start):
+    """Starts the application and passes over its banner."""
+    def listen(*arguments, **more):
+        application = start(*arguments, **more)
+        application.lines_until("@did finish launching")
+        application.banner()
+        return application
 
-    def test_open_nothing_that_forms_no_url_or_has_no_scheme(self):
-        application = self.start_waiting("-log")
-        for page in ("http://h/a b", "http://h/\u00e9", "a%zz:", "", "foo", "/etc/passwd",
-                     "--help"):
-            with self.subTest(page):
-                self.assertEqual(application.send_event(text_event(page_link(page))),
-                                 logged(page_link(page)))
-
-    def test_without_a_usable_text_are_logged(self):
-        application = self.start_waiting("-log")
-        for event in (None, {}, {"----": {}}, {"---x": {"text": "screenpop:e30="}}):
-            with self.subTest(event):
-                self.assertEqual(application.send_event(event),
-                                 plain("new uri event", "no event data"))
-
-    def test_are_logged_before_they_are_looked_into(self):
-        application = self.start_waiting("-log")
-        self.assertEqual(application.send_event({"watched": True, **text_event("no colon")}),
-                         plain("new uri event") + ["@asked for ----"]
-                         + plain("process uri: no colon", "invalid protocol"))
-
-    def test_keep_their_text(self):
-        application = self.start_waiting("-jsonlog")
-        for text in ("", "caf\u00e9 \U0001F600", "a\x7f", " x ", "tab\there"):
-            with self.subTest(text):
-                self.assertEqual(application.send_event(text_event(text)),
-                                 as_json(*expect(text).messages))
-
-    def test_are_rejected_each_in_its_own_words(self):
-        application = self.start_waiting("-log")
-        for uri in ("no colon", "mailto:someone@example.org", "screenpop://", "ScreenPop:e30=",
-                    "a\0b:c"):
-            with self.subTest(uri):
-                self.assertEqual(application.send_event(text_event(uri)), logged(uri))
-
-    def test_are_silent_without_a_log_switch(self):
-        application = self.start_waiting()
-        self.assertEqual(application.send_event(text_event("x")), [])
-        self.assertEqual(application.send_event(text_event(page_link(PAGE))),
-                         ["@open " + PAGE])
-
-    def test_give_a_plain_line_before_a_json_line(self):
-        application = self.start_waiting("-log", "-jsonlog")
-        self.assertEqual(application.send_event(text_event("x")),
-                         [line for message in expect("x").messages
-                          for line in plain(message) + as_json(message)])
-
-    def test_stop_the_program_when_the_request_is_an_array(self):
-        application = self.start_waiting("-log")
-        uri = make_link('[{"WebPage":"https://crm.example/"}]')
-        application.start_event(text_event(uri))
-        self.assertEqual([judge.without_time(line) for line in application.rest()], logged(uri))
-        self.assertNotEqual(application.wait(), 0)
+    return listen
 
 
-class Time(judge.JudgeTest):
-    def stamp(self, *arguments, zone):
-        """The first line of an event, and the moments before and after it."""
-        application = self.start_waiting(*arguments, environment={"GNUSTEP_TZ": zone})
-        before = datetime.datetime.now(datetime.timezone.utc).replace(microsecond=0)
-        application.start_event({})
-        line = application.lines_until("@done")[0]
-        return before, line, datetime.datetime.now(datetime.timezone.utc)
-
-    def test_is_local_in_both_forms(self):
-        for zone, offset in (("UTC", "+0000"), ("Asia/Kathmandu", "+0545"),
-                             ("Etc/GMT+3", "-0300")):
-            with self.subTest(zone):
-                before, line, after = self.stamp("-jsonlog", zone=zone)
-                stamp = json.loads(line)["datetime"]
-                self.assertTrue(stamp.endswith(offset), stamp)
-                moment = datetime.datetime.strptime(stamp, "%Y-%m-%dT%H:%M:%S%z")
-                self.assertTrue(before <= moment <= after, stamp)
-
-                before, line, after = self.stamp("-log", zone=zone)
-                clock = re.fullmatch(r"Log (\d\d:\d\d:\d\d)> new uri event", line)[1]
-                zone_offset = moment.tzinfo
-                seconds = int((after - before).total_seconds()) + 1
-                self.assertIn(clock, [
-                    (before + datetime.timedelta(seconds=i)).astimezone(zone_offset)
-                    .strftime("%H:%M:%S") for i in range(seconds + 1)])
+def test_holds_nothing_of_the_tests():
+    binary = EXECUTABLE.read_bytes()
+    assert b"UriEventHandlerWithEvent:withReplyEvent:" in binary
+    for word in (b"ConnectTest", b"TestDesktop", b"recorded_", b"CONNECT_TEST"):
+        assert word not in binary
 
 
-class Output(judge.JudgeTest):
-    def test_without_a_reader_is_an_error_that_ends_nothing(self):
-        reader, writer = os.pipe()
-        os.close(reader)
-        application = self.start("-log", "/help", output=writer)
-        os.close(writer)
-        self.assertEqual(application.wait(), 0)
+@pytest.mark.parametrize("launch, opened", [
+    (None, []),
+    # Without a log line: the command line is read later.
+    (text_event(page_link(PAGE)), ["@open " + PAGE]),
+])
+def test_registers_and_takes_its_first_link_before_the_command_line(start, launch, opened):
+    application = start("-log", "-jsonlog", launch=launch)
+    assert application.lines_until("@did finish launching") == WILL_FINISH + LAUNCHED + opened
+    application.banner()
+    assert application.terminate() == ENDED_BY_SYSTEM
+    assert application.wait() == 0
+
+
+@pytest.mark.parametrize("arguments, passed_over, printed", [
+    (["-help"], None, ["help"]),
+    (["-HELP"], None, ["help"]),
+    (["/help"], "help", ["help"]),
+    (["/h"], "h", ["help"]),
+    (["/changelog"], "changelog", ["changelog"]),
+    (["/showuri"], "showuri", ["showuri"]),
+    (["-showuri", "/changelog", "-log", "-help"], None, ["help", "changelog", "showuri"]),
+])
+def test_prints_and_ends(start, arguments, passed_over, printed):
+    application = start(*arguments)
+    # What begins with a slash is no file to open.
+    files = ["@pass over " + passed_over] if passed_over else []
+    assert application.rest() == [*WILL_FINISH, *files, *LAUNCHED, "@did finish launching",
+                                  *texts("banner", *printed), *ENDED_BY_ITSELF]
+    assert application.wait() == 0
+
+
+def test_leaves_the_opening_of_files_to_who_asks_for_it(start):
+    lines = start("/help", "-NSTreatUnknownArgumentsAsOpen", "YES").rest()
+    assert lines[:3] == WILL_FINISH + ["@open file help"]
+
+
+@pytest.mark.parametrize("argument", ["/log", "--help", "help", "-help=1"])
+def test_prints_nothing_for_what_is_no_such_switch(listen, argument):
+    assert listen(argument).terminate() == ENDED_BY_SYSTEM
+
+
+def test_opens_a_page_by_the_text_that_it_is(listen):
+    application = listen("-log")
+    for page in (PAGE, "http://h/?q=a%20b&c=%C3%A9#part", "https://Host.Example/Path",
+                 "tel:+31201234567", "mailto:someone@example.org?subject=a%2Bb",
+                 "custom.scheme+x:opaque"):
+        link = page_link(page)
+        assert application.send_event(text_event(link)) == \
+            plain(*expect(link).messages) + ["@open " + page]
+    for page in ("http://h/a b", "http://h/\u00e9", "a%zz:", "", "foo", "/etc/passwd", "--help"):
+        link = page_link(page)
+        assert application.send_event(text_event(link)) == plain(*expect(link).messages)
+
+
+def test_tells_of_an_event_before_it_looks_into_it(listen):
+    application = listen("-log")
+    for event in (None, {}, {"----": {}}, {"---x": {"text": "screenpop:e30="}}):
+        assert application.send_event(event) == plain("new uri event", "no event data")
+    assert application.send_event({"watched": True, **text_event("no colon")}) == [
+        *plain("new uri event"), "@asked for ----",
+        *plain("process uri: no colon", "invalid protocol")]
+
+
+@pytest.mark.parametrize("switches", [[], ["-jsonlog"]])
+def test_keeps_the_text_of_an_event(listen, switches):
+    application = listen(*switches)
+    for text in ("", "caf\u00e9 \U0001F600", "a\x7f", " x ", "tab\there", "a\0b:c"):
+        lines = application.send_event(text_event(text))
+        assert [json.loads(line)["message"] for line in lines] == \
+            (expect(text).messages if switches else [])
+
+
+def test_is_stopped_by_an_array(listen):
+    application = listen("-log")
+    link = make_link('[{"WebPage":"https://crm.example/"}]')
+    application.start_event(text_event(link))
+    assert application.rest() == plain(*expect(link).messages)
+    assert application.wait() != 0
+
+
+@pytest.mark.parametrize("zone, offset", [("UTC", "+0000"), ("Asia/Kathmandu", "+0545"),
+                                          ("Etc/GMT+3", "-0300")])
+def test_tells_the_local_time_in_both_forms(listen, zone, offset):
+    application = listen("-log", "-jsonlog", GNUSTEP_TZ=zone)
+    before = datetime.datetime.now(datetime.timezone.utc).replace(microsecond=0)
+    application.start_event({})
+    clock, stamp = application.output.next(), json.loads(application.output.next())["datetime"]
+    after = datetime.datetime.now(datetime.timezone.utc)
+    assert stamp.endswith(offset)
+    moment = datetime.datetime.strptime(stamp, "%Y-%m-%dT%H:%M:%S%z")
+    assert before <= moment <= after
+    seconds = range(int((after - before).total_seconds()) + 1)
+    assert re.fullmatch(r"Log (.*)> new uri event", clock)[1] in [
+        (moment - datetime.timedelta(seconds=i)).strftime("%H:%M:%S") for i in seconds]
+
+
+def test_is_not_ended_by_a_log_without_a_reader(start):
+    reader, writer = os.pipe()
+    os.close(reader)
+    application = start("-log", "/help", output=writer)
+    os.close(writer)
+    assert application.wait() == 0

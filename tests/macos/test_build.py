@@ -1,148 +1,175 @@
-"""Configures, builds and packages as on a Mac, where each of Apple's tools is a stub: what they are
-asked for, and what becomes of the files that they make."""
+"""The bundle and its installer: their files, and a build as on a Mac, where each of Apple's tools is a
+stub, which notes what it is asked for and makes the files that are expected of it."""
 import json
 import os
 import pathlib
+import plistlib
 import re
 import shutil
 import subprocess
-import tempfile
-import unittest
 import xml.etree.ElementTree
 
+import pytest
+
 ROOT = pathlib.Path(__file__).parent.parent.parent
+PACKAGING = ROOT / "packaging" / "macos"
 GNUSTEP_BUNDLE = pathlib.Path(os.environ["CONNECT_BUNDLE"])
-TOOLS = ("c++", "codesign", "ibtool", "install_name_tool", "sw_vers", "xcrun")
+TOOLS = ("c++", "codesign", "dsymutil", "ibtool", "install_name_tool", "strip", "sw_vers", "xattr",
+         "xcrun")
 TEMPLATE = "CPack.distribution.dist.in"
+OLDEST = re.search(r"CMAKE_OSX_DEPLOYMENT_TARGET ([0-9.]+) ",
+                   (ROOT / "CMakeLists.txt").read_text())[1]
 
 
-def cache_variables(preset):
+def cache_variables(name):
     """A preset as options of CMake. The preset itself can be named on a Mac only."""
     presets = {p["name"]: p
                for p in json.loads((ROOT / "CMakePresets.json").read_text())["configurePresets"]}
-
-    def of(name):
-        parent = presets[name].get("inherits")
-        return {**(of(parent) if parent else {}), **presets[name].get("cacheVariables", {})}
-    return [f"-D{name}={value}" for name, value in of(preset).items()]
-
-
-def deployment_target():
-    text = (ROOT / "CMakeLists.txt").read_text()
-    return re.search(r"CMAKE_OSX_DEPLOYMENT_TARGET ([0-9.]+) ", text)[1]
+    options = []
+    while name:
+        options[:0] = [f"-D{key}={value}"
+                       for key, value in presets[name].get("cacheVariables", {}).items()]
+        name = presets[name].get("inherits")
+    return options
 
 
-class MacTest(unittest.TestCase):
-    maxDiff = None
+class Mac:
+    """A folder with the stubs, and the preset `macos` built in it."""
 
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="connect-mac-"))
-        cls.addClassCleanup(shutil.rmtree, cls.folder)
-        cls.stubs = cls.folder / "stubs"
-        cls.stubs.mkdir()
+    def __init__(self, folder):
+        self.folder = folder
+        self.stubs = folder / "stubs"
+        self.stubs.mkdir()
         for tool in TOOLS:
-            (cls.stubs / tool).symlink_to(ROOT / "tests" / "macos" / "stub-tool")
-        cls.environment = {"PATH": f"{cls.stubs}:{os.environ['PATH']}",
-                           "CONNECT_STUBS": str(cls.stubs)}
-        cls.release = cls.configure("macos")
-        cls.run_tool("cmake", "--build", cls.release)
-        cls.calls = (cls.stubs / "calls").read_text().splitlines()
-        cls.bundle = cls.release / "Vastel_Connect.app"
+            (self.stubs / tool).symlink_to(ROOT / "tests" / "macos" / "stub-tool")
+        self.release = self.configure("macos")
+        self.run("cmake", "--build", self.release)
+        self.calls = (self.stubs / "calls").read_text().splitlines()
+        self.bundle = self.release / "Vastel_Connect.app"
 
-    @classmethod
-    def run_tool(cls, *command):
-        done = subprocess.run(command, env=cls.environment, cwd=cls.folder, text=True,
+    def run(self, *command):
+        environment = {"PATH": f"{self.stubs}:{os.environ['PATH']}",
+                       "CONNECT_STUBS": str(self.stubs)}
+        done = subprocess.run(command, env=environment, cwd=self.folder, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        if done.returncode != 0:
-            raise AssertionError(done.stdout)
+        assert done.returncode == 0, done.stdout
 
-    @classmethod
-    def configure(cls, preset):
-        build = cls.folder / preset
-        cls.run_tool("cmake", "-G", "Ninja", "-S", ROOT, "-B", build,
-                     f"-DCMAKE_TOOLCHAIN_FILE={ROOT}/tests/macos/Darwin.cmake",
-                     "-DCMAKE_LIBRARY_ARCHITECTURE=" + os.environ["CONNECT_LIBRARY_ARCHITECTURE"],
-                     *cache_variables(preset))
+    def configure(self, preset):
+        build = self.folder / preset
+        self.run("cmake", "-G", "Ninja", "-S", ROOT, "-B", build,
+                 f"-DCMAKE_TOOLCHAIN_FILE={ROOT}/tests/macos/Darwin.cmake",
+                 "-DCMAKE_LIBRARY_ARCHITECTURE=" + os.environ["CONNECT_LIBRARY_ARCHITECTURE"],
+                 *cache_variables(preset))
         return build
 
 
-class Build(MacTest):
-    def test_compiles_for_both_architectures_and_the_oldest_system(self):
-        compiled = [call for call in self.calls if re.search(r"^c\+\+ .* -c .*\.(cpp|mm)$", call)]
-        self.assertGreater(len(compiled), 20)
-        for call in compiled:
-            self.assertIn("-arch arm64 -arch x86_64 ", call)
-            self.assertIn(f" -mmacosx-version-min={deployment_target()} ", call)
-            self.assertEqual(call.endswith(".mm"), " -fobjc-arc " in call, call)
-
-    def test_signs_the_bundle_when_it_is_whole(self):
-        self.assertEqual({str(file.relative_to(self.bundle))
-                          for file in self.bundle.rglob("*") if file.is_file()},
-                         {"Contents/Info.plist", "Contents/MacOS/Vastel_Connect",
-                          "Contents/Resources/AppIcon.icns",
-                          "Contents/Resources/MainMenu.nib/keyedobjects.nib"})
-        self.assertRegex(self.calls[-1],
-                         f"^codesign --force --options runtime .* --sign - {self.bundle}$")
-
-    def test_has_the_property_list_that_gnustep_runs(self):
-        self.assertEqual((self.bundle / "Contents/Info.plist").read_text(),
-                         (GNUSTEP_BUNDLE / "Resources/Info.plist").read_text())
-
-    def test_installs_the_bundle_under_its_other_name(self):
-        self.run_tool("cmake", "--install", self.release, "--prefix", self.folder / "Applications")
-        installed = self.folder / "Applications" / "Vastel Connect.app" / "Contents"
-        self.assertTrue(os.access(installed / "MacOS" / "Vastel_Connect", os.X_OK))
-        self.assertTrue((installed / "Resources" / "MainMenu.nib" / "keyedobjects.nib").exists())
-
-    def test_debug_build_lets_itself_be_debugged(self):
-        build = (self.configure("debug") / "build.ninja").read_text()
-        self.assertRegex(build, "codesign --force --timestamp=none")
-        self.assertNotIn("--options runtime", build)
-
-    def test_gives_new_test_programs_time_to_start(self):
-        build = (self.configure("debug") / "build.ninja").read_text()
-        self.assertEqual(set(re.findall("TEST_DISCOVERY_TIMEOUT=([0-9]+)", build)), {"60"})
+@pytest.fixture(scope="module")
+def mac(tmp_path_factory):
+    return Mac(tmp_path_factory.mktemp("mac"))
 
 
-class Distribution(MacTest):
-    """What the Installer is told. CPack makes a product archive on a Mac only: here it fills in our
-    template as the header of a shell archive, for which it looks in the same places."""
+def test_compiles_for_both_architectures_and_the_oldest_system(mac):
+    compiled = [call for call in mac.calls if re.search(r"^c\+\+ .* -c .*\.(cpp|mm)$", call)]
+    assert len(compiled) > 20
+    for call in compiled:
+        assert "-arch arm64 -arch x86_64 " in call
+        assert f" -mmacosx-version-min={OLDEST} " in call
+        assert " -g " in call
+        assert ("_LIBCPP_HARDENING_MODE=_LIBCPP_HARDENING_MODE_FAST" in call) \
+            != call.endswith("BoostJson.cpp")
+        assert call.endswith(".mm") == (" -fobjc-arc " in call)
 
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        config = cls.release / "CPackConfig.cmake"
-        modules = pathlib.Path(re.search(r'set\(CPACK_MODULE_PATH "([^";]+)',
-                                         config.read_text())[1])
-        places = [file.parent.relative_to(modules) for file in modules.rglob(TEMPLATE)]
-        assert len(places) == 1, places
-        copied = cls.folder / "modules" / places[0]
-        copied.mkdir(parents=True)
-        shutil.copy(modules / places[0] / TEMPLATE, copied / "CPack.STGZ_Header.sh.in")
-        cls.run_tool("cpack", "-G", "STGZ", "--config", config, "-B", cls.folder,
-                     "-D", f"CPACK_MODULE_PATH={cls.folder}/modules",
-                     "-D", "CPACK_PACKAGEMAKER_CHOICES=<choices-outline/>")
-        header = next(cls.folder.glob("*.sh")).read_bytes()
-        end = b"</installer-gui-script>"
-        assert end in header, "CPack took a template of its own"
-        cls.root = xml.etree.ElementTree.fromstring(header[:header.index(end) + len(end)])
 
-    def attributes(self, path):
-        return [element.attrib for element in self.root.findall(path)]
+def test_signs_the_bundle_when_it_is_whole(mac):
+    assert {str(file.relative_to(mac.bundle)) for file in mac.bundle.rglob("*") if file.is_file()} == {
+        "Contents/Info.plist", "Contents/MacOS/Vastel_Connect", "Contents/Resources/AppIcon.icns",
+        "Contents/Resources/MainMenu.nib/keyedobjects.nib"}
+    program = mac.bundle / "Contents/MacOS/Vastel_Connect"
+    *_, symbols, stripped, cleared, signed = [call for call in mac.calls
+                                              if not call.startswith(("ibtool", "xcrun"))]
+    assert symbols == f"dsymutil {program} -o {mac.bundle}.dSYM"
+    assert stripped == f"strip -S {program}"
+    assert cleared == f"xattr -cr {mac.bundle}"
+    assert re.search(f"^codesign --force --options runtime .* --sign - {mac.bundle}$", signed)
 
-    def test_runs_on_both_architectures_and_asks_nothing(self):
-        self.assertEqual(self.attributes("options"),
-                         [{"customize": "never", "require-scripts": "false",
-                           "hostArchitectures": "arm64,x86_64"}])
-        self.assertEqual([element.tag for element in self.root],
-                         ["title", "options", "domains", "volume-check", "choices-outline"])
 
-    def test_installs_for_the_whole_computer(self):
-        self.assertEqual(self.attributes("domains"),
-                         [{"enable_anywhere": "false", "enable_currentUserHome": "false",
-                           "enable_localSystem": "true"}])
+def test_debug_build_lets_itself_be_debugged(mac):
+    build = (mac.configure("debug") / "build.ninja").read_text()
+    assert "codesign --force --timestamp=none" in build
+    assert "--options runtime" not in build
+    assert "strip -S" not in build
+    # A Mac may look at a new test program for longer than CMake waits.
+    assert set(re.findall("TEST_DISCOVERY_TIMEOUT=([0-9]+)", build)) == {"60"}
 
-    def test_refuses_an_older_system(self):
-        self.assertEqual(self.attributes("volume-check/allowed-os-versions/os-version"),
-                         [{"min": deployment_target()}])
+
+def test_property_list_has_what_macos_alone_reads(mac):
+    text = (mac.bundle / "Contents/Info.plist").read_bytes()
+    assert text == (GNUSTEP_BUNDLE / "Resources/Info.plist").read_bytes()
+    keys = plistlib.loads(text, fmt=plistlib.FMT_XML)
+    assert keys["CFBundleURLTypes"][0]["CFBundleURLSchemes"] == ["screenpop"]
+    assert keys["CFBundleURLTypes"][0]["CFBundleTypeRole"] == "Viewer"
+    version = re.search("^## ([0-9.]+) ", (ROOT / "CHANGELOG.md").read_text(), re.MULTILINE)[1]
+    assert keys["CFBundleVersion"] == keys["CFBundleShortVersionString"] == version
+    assert keys["CFBundlePackageType"] == "APPL"
+    assert keys["LSMinimumSystemVersion"] == OLDEST
+    assert keys["LSUIElement"] is keys["LSAppNapIsDisabled"] is True
+    assert keys["NSSupportsAutomaticTermination"] is keys["NSSupportsSuddenTermination"] is False
+    assert "LSMultipleInstancesProhibited" not in keys
+    for name in (keys["CFBundleExecutable"], f"Resources/{keys['CFBundleIconFile']}.icns",
+                 f"Resources/{keys['NSMainNibFile']}.xib"):
+        assert (GNUSTEP_BUNDLE / name).is_file()
+
+
+def test_interface_has_no_menu_and_no_id_twice():
+    # What it connects, and that its window stays hidden, is seen when the application runs.
+    objects = xml.etree.ElementTree.parse(PACKAGING / "MainMenu.xib").find("objects")
+    assert objects.findall(".//menu") == []
+    ids = [element.get("id") for element in objects.iter() if element.get("id")]
+    assert len(ids) == len(set(ids))
+
+
+def test_icon_holds_each_size():
+    data = (PACKAGING / "AppIcon.icns").read_bytes()
+    assert data[:4] == b"icns"
+    assert int.from_bytes(data[4:8], "big") == len(data)
+    images = data.split(b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR")[1:]
+    assert [int.from_bytes(image[:4], "big") for image in images] == [32, 64, 128, 256, 512, 1024]
+
+
+def test_installs_the_bundle_under_its_other_name(mac):
+    mac.run("cmake", "--install", mac.release, "--prefix", mac.folder / "Applications")
+    installed = mac.folder / "Applications" / "Vastel Connect.app" / "Contents"
+    assert os.access(installed / "MacOS" / "Vastel_Connect", os.X_OK)
+    assert (installed / "Resources" / "MainMenu.nib" / "keyedobjects.nib").exists()
+
+
+def test_installer_is_told_what_it_needs(mac):
+    """CPack makes a product archive on a Mac only: here it fills in our template as the header of a
+    shell archive, for which it looks in the same places."""
+    config = mac.release / "CPackConfig.cmake"
+    modules = pathlib.Path(re.search(r'set\(CPACK_MODULE_PATH "([^";]+)', config.read_text())[1])
+    place, = [file.parent.relative_to(modules) for file in modules.rglob(TEMPLATE)]
+    copied = mac.folder / "modules" / place
+    copied.mkdir(parents=True)
+    shutil.copy(modules / place / TEMPLATE, copied / "CPack.STGZ_Header.sh.in")
+    mac.run("cpack", "-G", "STGZ", "--config", config, "-B", mac.folder,
+            "-D", f"CPACK_MODULE_PATH={mac.folder}/modules",
+            "-D", "CPACK_PACKAGEMAKER_CHOICES=<choices-outline/>")
+    header = next(mac.folder.glob("*.sh")).read_bytes()
+    end = b"</installer-gui-script>"
+    assert end in header, "CPack took a template of its own"
+    root = xml.etree.ElementTree.fromstring(header[:header.index(end) + len(end)])
+    assert [element.tag for element in root] == \
+        ["title", "options", "domains", "volume-check", "choices-outline"]
+    assert root.find("options").attrib == {"customize": "never", "require-scripts": "false",
+                                           "hostArchitectures": "arm64,x86_64"}
+    assert root.find("domains").attrib == {
+        "enable_anywhere": "false", "enable_currentUserHome": "false", "enable_localSystem": "true"}
+    assert root.find("volume-check/allowed-os-versions/os-version").attrib == {"min": OLDEST}
+
+    component, = plistlib.loads((PACKAGING / "Component.plist").read_bytes())
+    assert component["RootRelativeBundlePath"] == "Applications/Vastel Connect.app"
+    assert component["BundleIsRelocatable"] is False
+    folder, = mac.folder.glob("_CPack_Packages/**/Applications")
+    assert folder.stat().st_mode & 0o777 == 0o775
+    assert plistlib.loads((PACKAGING / "Vastel_Connect.entitlements").read_bytes()) == {}
