@@ -17,3 +17,5 @@ set(options -pthread -fexceptions -fobjc-exceptions -fobjc-runtime=gcc
   "SHELL:-include ${CMAKE_CURRENT_LIST_DIR}/AppleEvents.h")
 target_compile_options(connect_appkit INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${options}>")
 target_link_libraries(connect_appkit INTERFACE ${GNUSTEP_GUI} ${GNUSTEP_BASE} objc pthread)
+
+include(${CMAKE_CURRENT_LIST_DIR}/Availability.cmake)
