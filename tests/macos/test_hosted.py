@@ -1,5 +1,5 @@
-"""Tests what nobody sees before a Mac runs it: the commands of the workflows and of the document
-against the tree, and the workflows' own scripts with stubs for the tools of a Mac."""
+"""What nobody sees before a Mac runs it: the commands of the workflows and of the document against the
+tree, and the scripts of a Mac with stubs for its tools."""
 import json
 import os
 import pathlib
@@ -7,24 +7,21 @@ import re
 import shlex
 import signal
 import subprocess
-import tempfile
 import textwrap
-import unittest
 
+import pytest
 import yaml
 
 ROOT = pathlib.Path(__file__).parent.parent.parent
-WORKFLOWS = ROOT / ".github" / "workflows"
 HOSTED = ROOT / "tests" / "macos" / "hosted"
 PRESETS = json.loads((ROOT / "CMakePresets.json").read_text())
-
-
-def names(kind):
-    return {preset["name"] for preset in PRESETS[kind + "Presets"]}
+# The oldest version of each that runs on the Node.js of today's hosted machines, and those that
+# take each other's files.
+LEAST = {"checkout": 5, "upload-artifact": 6, "download-artifact": 7}
 
 
 def jobs(workflow="*"):
-    found = [job for file in sorted(WORKFLOWS.glob(workflow + ".yml"))
+    found = [job for file in sorted((ROOT / ".github/workflows").glob(workflow + ".yml"))
              for job in yaml.safe_load(file.read_text())["jobs"].values()]
     assert found
     return found
@@ -34,202 +31,294 @@ def scripts(found):
     return [step["run"] for job in found for step in job["steps"] if "run" in step]
 
 
+def images(job):
+    matrix = job.get("strategy", {}).get("matrix", {})
+    return matrix["image"] if job["runs-on"] == "${{ matrix.image }}" else [job["runs-on"]]
+
+
 def on_macs():
-    return [job for job in jobs() if job["runs-on"].startswith("macos")]
+    return [job for job in jobs() if images(job)[0].startswith("macos")]
 
 
 def documented():
     return re.findall(r"```sh\n(.*?)```", (ROOT / "docs" / "macos.md").read_text(), re.DOTALL)
 
 
-def brewed(texts):
-    """What each "brew install" names."""
-    return [set(line.split()) for text in texts for line in re.findall("brew install (.*)", text)]
+COMMANDS = scripts(on_macs()) + documented()
 
 
-class Commands(unittest.TestCase):
-    def setUp(self):
-        self.scripts = scripts(on_macs()) + documented()
-        self.assertGreater(len(self.scripts), 8)
-
-    def test_are_of_the_shells_language(self):
-        for script in self.scripts:
-            with self.subTest(script):
-                subprocess.run(["bash", "-n"], input=script, text=True, check=True)
-
-    def test_name_presets_that_there_are(self):
-        named = [(kind, preset) for script in self.scripts
-                 for kind, preset in re.findall(
-                     r"(cmake|cmake --build|ctest) --preset ([\w-]+)", script)]
-        self.assertGreater(len(named), 8)
-        kinds = {"cmake": "configure", "cmake --build": "build", "ctest": "test"}
-        for kind, preset in named:
-            self.assertIn(preset, names(kinds[kind]), kind)
-
-    def test_name_files_that_there_are(self):
-        paths = {word for script in self.scripts
-                 for word in re.findall(r"[\w./*-]+/[\w./*-]+", script)
-                 if re.match(r"(tests|build|packaging|docs|dev)/", word)}
-        self.assertGreater(len(paths), 4)
-        for path in paths:
-            with self.subTest(path):
-                if path.startswith("build/"):
-                    # The first folder is a preset's, and only two things are looked for in one.
-                    preset, *rest = path.split("/")[1:]
-                    self.assertIn(preset, names("configure") | {"xcode"})
-                    if rest:
-                        self.assertRegex("/".join(rest), r"^(Vastel_Connect\.app($|/)"
-                                                         r"|vastel-connect-\*\.pkg$)")
-                else:
-                    self.assertTrue(os.access(ROOT / path, os.X_OK), path)
-
-    def test_install_the_same_packages(self):
-        build, tests = {"boost", "ninja", "utf8cpp"}, {"googletest"}
-        self.assertEqual(brewed(documented()), [build | tests | {"cmake"}])
-        # The image has cmake, and brew fails over what it did not install itself.
-        self.assertEqual(brewed(scripts(jobs("macos"))), [build | tests])
-        self.assertEqual(brewed(scripts(jobs("release"))), [build])
-
-    def test_are_for_the_oldest_system_that_the_program_is_built_for(self):
-        oldest = re.search(r"DEPLOYMENT_TARGET ([0-9]+)", (ROOT / "CMakeLists.txt").read_text())[1]
-        document = (ROOT / "docs" / "macos.md").read_text()
-        self.assertEqual(re.findall(r"macOS ([0-9]+)", document), [oldest])
+def test_commands_are_of_the_shells_language():
+    assert len(COMMANDS) > 8
+    for script in COMMANDS:
+        subprocess.run(["bash", "-n"], input=script, text=True, check=True)
 
 
-class Workflow(unittest.TestCase):
-    def test_names_its_image_and_its_action_by_version(self):
-        self.assertEqual(len(on_macs()), 2)
-        for job in on_macs():
-            self.assertRegex(job["runs-on"], r"^macos-\d+$")
-        used = [step["uses"] for job in jobs() for step in job["steps"]
-                if step.get("uses", "").startswith("actions/checkout")]
-        self.assertGreater(len(used), 3)
-        for action in used:
-            # Runners carry no Node.js for older ones.
-            self.assertGreaterEqual(int(re.fullmatch(r"actions/checkout@v(\d+)", action)[1]), 5)
-
-    def test_lets_each_part_tell_its_own_result(self):
-        steps = jobs("macos")[0]["steps"]
-        first_build = next(i for i, step in enumerate(steps)
-                           if "cmake --build" in step.get("run", ""))
-        rest = steps[first_build + 1:]
-        self.assertGreater(len(rest), 3)
-        for step in rest:
-            self.assertEqual(step.get("if"), "${{ !cancelled() }}", step)
-        self.assertIn("ctest", rest[-1]["run"])
-
-    def test_gives_up_a_link_that_is_not_followed(self):
-        step = next(step for step in jobs("macos")[0]["steps"]
-                    if "follow-a-link" in step.get("run", ""))
-        self.assertEqual(step["timeout-minutes"], 5)
+def test_commands_name_presets_that_there_are():
+    named = [pair for script in [*COMMANDS, (ROOT / "dev/mac").read_text()]
+             for pair in re.findall(r"(cmake|cmake --build|ctest) --preset ([\w-]+)", script)]
+    assert len(named) > 8
+    kinds = {"cmake": "configure", "cmake --build": "build", "ctest": "test"}
+    for kind, preset in named:
+        assert preset in {each["name"] for each in PRESETS[kinds[kind] + "Presets"]}, kind
 
 
-class ScriptTest(unittest.TestCase):
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory(prefix="connect-hosted-")
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-        self.stubs = self.folder / "stubs"
-        self.stubs.mkdir()
+def test_commands_name_files_that_there_are():
+    paths = {word for script in COMMANDS for word in re.findall(r"[\w.*-]+(?:/[\w.*-]+)+", script)
+             if re.match(r"(tests|packaging|docs|dev)/", word)}
+    assert len(paths) > 4
+    for path in paths:
+        assert (ROOT / path).exists(), path
 
-    def stub(self, name, script):
-        path = self.stubs / name
+
+def test_commands_install_the_same_packages():
+    def brewed(texts):
+        return [set(line.split()) for text in texts
+                for line in re.findall("^ *brew install (.*)", text, re.MULTILINE)]
+
+    build, tests = {"boost", "ninja", "utf8cpp"}, {"googletest"}
+    assert brewed(documented()) == [build | tests | {"cmake"}]
+    # The image has cmake, and brew fails over what it did not install itself.
+    assert brewed(scripts(jobs("macos"))) == [build | tests]
+    assert brewed(scripts(jobs("release"))) == [build]
+
+
+def test_document_names_the_oldest_system():
+    oldest = re.search(r"DEPLOYMENT_TARGET ([0-9]+)", (ROOT / "CMakeLists.txt").read_text())[1]
+    assert f"needs macOS {oldest} " in (ROOT / "docs" / "macos.md").read_text()
+
+
+def test_workflows_name_images_and_actions_by_a_version_that_runs():
+    assert [images(job) for job in on_macs()] == [["macos-15", "macos-15-intel", "macos-26"],
+                                                  ["macos-15"]]
+    used = [step["uses"] for job in jobs() for step in job["steps"] if "uses" in step]
+    assert len(used) > 5
+    for action in used:
+        name, version = re.fullmatch(r"actions/([\w-]+)@v(\d+)", action).groups()
+        assert int(version) >= LEAST[name], action
+    assert {int(re.search(r"\d+$", action)[0]) - LEAST[name] for action in used
+            for name in ("upload-artifact", "download-artifact") if name in action} <= {0, 1}
+
+
+def test_workflow_lets_each_part_tell_its_own_result():
+    steps = jobs("macos")[0]["steps"]
+    first_build = next(i for i, step in enumerate(steps) if "cmake --build" in step.get("run", ""))
+    rest = steps[first_build + 1:]
+    assert len(rest) > 3
+    assert {step.get("if") for step in rest} == {"${{ !cancelled() }}"}
+    assert "ctest" in rest[-1]["run"]
+    assert any("follow-a-link" in step["run"] and step["timeout-minutes"] <= 10 for step in rest)
+
+
+def test_release_says_what_nobody_has_signed():
+    script = "\n".join(scripts(jobs("release")))
+    assert "-unsigned.pkg" in script
+    assert "dSYM" in script
+
+
+# What a Mac's bash 3.2 and BSD's tools lack, each with an example.
+LACKING = [
+    (r"\b(declare|local|typeset|readonly) -[a-z]*[Ang]", "declare -A x"),
+    (r"\b(mapfile|readarray|coproc)\b", "mapfile -t x"),
+    (r"\$\{\w+(\[[^]]*\])?(,,?|\^\^?|@[A-Za-z])", "${x,,}"),
+    (r"&>>|\|&", "x |& y"),
+    (r"\bexec \{", "exec {x}< y"),
+    (r"\bread\b[^|;]* -t *(0\b|\d*\.)", "read -t 0"),
+    (r"\$\{\w+\[-|\[\[ -v |\bwait -n\b|%\([^)]*\)T", "[[ -v x ]]"),
+    (r"\$(EPOCH\w+|BASHPID)", "$BASHPID"),
+    (r"\b(base64|mktemp|mkdir|cp|rm|tar|sed|sort|head|grep|ls|tr|tail|date|stat|paste)"
+     r" ([^;&|\n]* )?--\w",
+     "base64 --wrap=0"),
+    (r"\bbase64 ([^;&|\n]* )?-[dw]", "base64 -d"),
+    (r"\bsed ([^;&|\n]* )?-i(?! '')", "sed -i s/a/b/ x"),
+    (r"\breadlink -f|\brealpath\b", "readlink -f x"),
+    (r"\bgrep ([^;&|\n]* )?-[a-zA-Z]*P", "grep -oP x"),
+    (r"\b(timeout|setsid|sha256sum|tac|nproc|flock|unshare|shuf) ", "timeout 5 x"),
+    (r"\bxargs ([^;&|\n]* )?-r|\bstat -c|\bdate -d|\bcp ([^;&|\n]* )?-t|\bfind -", "stat -c %s x"),
+    (r"/proc/", "cat /proc/1/cmdline"),
+]
+
+
+def code(path):
+    """A script without its comments; of one that is both systems', what is before the Mac's."""
+    text = (ROOT / path).read_text()
+    before, branch, _ = text.partition("\n[[ $OSTYPE != darwin* ]] || ")
+    assert bool(branch) == (path in ("run", "test", "dev/setup", "dev/package")), path
+    return re.sub(r"^ *#.*|  # .*", "", before, flags=re.MULTILINE)
+
+
+@pytest.mark.parametrize("lacking, example", LACKING)
+def test_scripts_use_what_a_mac_has(lacking, example):
+    assert re.search(lacking, example)
+    files = ["run", "test", "dev/setup", "dev/package", "dev/mac",
+             *(str(file.relative_to(ROOT)) for file in HOSTED.glob("*-*"))]
+    for text in [*map(code, files), *COMMANDS]:
+        assert [match[0] for match in re.finditer(lacking, text)] == []
+
+
+class Stubs:
+    """A folder of commands that stand before the system's, and what is started with them."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.path = folder / "stubs"
+        self.path.mkdir()
+
+    def add(self, name, script=""):
+        path = self.path / name
         path.write_text("#!/bin/bash\n" + textwrap.dedent(script))
         path.chmod(0o755)
 
-    def run_script(self, name, *arguments):
+    def bundle(self, folder, log):
+        """A bundle whose program logs this, and waits."""
+        program = folder / "Contents" / "MacOS" / "Vastel_Connect"
+        program.parent.mkdir(parents=True)
+        program.write_text(f"#!/bin/bash\n{log}\nexec -a \"$0\" sleep 60")
+        program.chmod(0o755)
+        return folder
+
+    def run(self, *command, path=os.environ["PATH"], answer="", **variables):
         return subprocess.run(
-            [HOSTED / name, *arguments], text=True, stdout=subprocess.PIPE, timeout=60,
-            stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
-            env={"PATH": f"{self.stubs}:{os.environ['PATH']}", "CONNECT_TEST_LIMIT": "1",
-                 "TMPDIR": str(self.folder)})
+            command, text=True, stdout=subprocess.PIPE, timeout=60, stderr=subprocess.STDOUT,
+            input=answer,
+            env={"PATH": f"{self.path}:{path}", "CONNECT_TEST_LIMIT": "1", "CONNECT_LIMIT": "5",
+                 "TMPDIR": str(self.folder), "STUBS": str(self.path), **variables})
 
 
-class CheckArchive(ScriptTest):
-    def check(self, **changes):
-        """Checks an archive, of which some text is replaced by another."""
-        archive = {
-            "Distribution": '<options hostArchitectures="arm64,x86_64"/><os-version min="11.0"/>',
-            "vastel-connect-1.0.0-application.pkg/PackageInfo":
-                '<pkg-info>\n<bundle path="x"/>\n<relocate>\n</relocate>\n</pkg-info>',
-            "vastel-connect-1.0.0-application.pkg/Payload": "payload",
-        }
-        shell = []
-        for name, content in archive.items():
-            for old, new in changes.items():
-                content = content.replace(old, new)
-            if content:
-                shell.append(f'mkdir -p "$(dirname "$3/{name}")"\n'
-                             f"printf %s {shlex.quote(content)} > \"$3/{name}\"")
-        self.stub("pkgutil", "mkdir -p \"$3\"\n" + "\n".join(shell))
-        return self.run_script("check-archive", "a.pkg")
-
-    def test_takes_what_is_right(self):
-        done = self.check()
-        self.assertEqual(done.returncode, 0, done.stdout)
-
-    def test_refuses_what_is_wrong_or_missing(self):
-        for changes, words in (
-                ({"payload": ""}, "empty"),
-                ({'<pkg-info>\n<bundle path="x"/>\n<relocate>\n</relocate>\n</pkg-info>': ""},
-                 "no component"),
-                ({'min="11.0"': ""}, "macOS 11.0"),
-                ({"arm64,x86_64": "x86_64"}, "Rosetta"),
-                ({"<options": "<license/><options"}, "licence"),
-                ({"<relocate>\n": '<relocate>\n<bundle id="x"/>\n'}, "elsewhere")):
-            with self.subTest(words):
-                done = self.check(**changes)
-                self.assertIn(words, done.stdout)
-                self.assertEqual(done.returncode, 1)
+@pytest.fixture
+def stubs(tmp_path):
+    return Stubs(tmp_path)
 
 
-class FollowALink(ScriptTest):
-    def setUp(self):
-        super().setUp()
-        self.application = self.bundle("Tested.app")
-        self.stub("clang++", 'while [ "$1" != -o ]; do shift; done; : > "$2"')
-        self.stub("codesign", "")
-        self.stub("lsregister", '[[ $2 != *Receiver.app ]] || echo "$2" > "${0%/*}/receiver"')
-        self.stub("log", 'echo "the log"')
+@pytest.fixture
+def tree(stubs):
+    """The scripts of the tree, and a Mac on which cmake makes a bundle, as OSTYPE tells them."""
+    tree = stubs.folder / "tree"
+    (tree / "dev").mkdir(parents=True)
+    for name in ("run", "test", "dev/mac", "dev/setup", "dev/package"):
+        (tree / name).symlink_to(ROOT / name)
+    for tool in ("cmake", "ctest", "cpack"):
+        stubs.add(tool, f'echo "{tool} $*" >> "$STUBS/calls"')
+    stubs.add("brew", "[[ $1 == list ]] && printf 'boost\\nutf8cpp\\n' || echo \"brew $*\"")
+    stubs.add("lsregister", 'echo "lsregister $*" >> "$STUBS/calls"')
+    for tool in ("xcrun", "ninja"):
+        stubs.add(tool)
+    stubs.bundle(tree / "build/macos/Vastel_Connect.app",
+                 'mkfifo "$STUBS/link"; printf "banner\\n\\n"; read -r link < "$STUBS/link"\n'
+                 'printf "Log 00:00:00> %s\\n" "process uri: $link" "webpage: https://x.example/"')
+    stubs.add("open", 'echo "$2" > "$STUBS/link"')
+    return tree
 
-    def bundle(self, name):
-        """A bundle whose program only waits."""
-        programs = self.folder / name / "Contents" / "MacOS"
-        programs.mkdir(parents=True)
-        (programs / "Vastel_Connect").symlink_to("/bin/sleep")
-        return self.folder / name
 
-    def follow(self, opening):
-        self.stub("open", opening)
-        return self.run_script("follow-a-link", self.application)
+MAC = {"OSTYPE": "darwin24"}
 
-    def opening(self, application, page):
-        return f"""
-            "{application}/Contents/MacOS/Vastel_Connect" 60 > /dev/null 2>&1 &
-            record=$(base64 --decode <<< "${{2#screenpop:}}")
-            page=$(sed 's/.*:"\\(.*\\)".*/\\1/' <<< "$record")
-            echo "{page}" > "$(dirname "$(cat "${{0%/*}}/receiver")")/pipe"
-            """
 
-    def test_follows_it(self):
-        done = self.follow(self.opening(self.application, "$page"))
-        self.assertEqual(done.returncode, 0, done.stdout)
-        self.assertIn("received connect-test://page/48213?q=a%20b\n", done.stdout)
+def test_run_on_a_mac_follows_the_sample(stubs, tree):
+    done = stubs.run(tree / "run", **MAC)
+    assert done.returncode == 0, done.stdout
+    link = "screenpop:" + subprocess.run(
+        ["base64", "--wrap=0"], check=True, stdout=subprocess.PIPE, text=True,
+        input=re.search("^sample_record='(.*)'$", (ROOT / "run").read_text(), re.MULTILINE)[1]).stdout
+    assert f"Log 00:00:00> process uri: {link}\n" in done.stdout
+    assert done.stdout.endswith("What macOS was asked to open\n  https://x.example/\n")
+    assert (stubs.path / "calls").read_text().splitlines() == [
+        "cmake --preset macos", "cmake --build --preset macos",
+        f"lsregister -f {tree}/build/macos/Vastel_Connect.app"]
 
-    def test_tells_of_a_page_that_is_another(self):
-        done = self.follow(self.opening(self.application, "connect-test://page/"))
-        self.assertEqual(done.returncode, 1)
-        self.assertIn("the log", done.stdout)
 
-    def test_tells_that_another_copy_was_started(self):
-        other = self.bundle("Other.app")
-        done = self.follow(self.opening(other, "$page") + "echo $! > \"${0%/*}/other\"")
-        os.kill(int((self.stubs / "other").read_text()), signal.SIGKILL)
-        self.assertEqual(done.returncode, 1)
-        self.assertIn("another copy", done.stdout)
+def test_run_on_a_mac_tells_of_a_link_that_does_not_arrive(stubs, tree):
+    stubs.add("open")
+    done = stubs.run(tree / "run", "screenpop:e30=", CONNECT_LIMIT="1", **MAC)
+    assert (done.returncode, done.stdout.splitlines()[-1]) == (
+        1, 'The link did not arrive: docs/macos.md, "When a link opens nothing".')
 
-    def test_tells_of_an_open_that_hangs(self):
-        done = self.follow("exec sleep 60")
-        self.assertEqual(done.returncode, 1)
-        self.assertIn("no page within 1 seconds", done.stdout)
-        self.assertIn("the log", done.stdout)
+
+def test_units_are_built_and_run_on_a_mac(stubs, tree):
+    done = stubs.run(tree / "test", answer="y\n", **MAC)
+    assert done.returncode == 0, done.stdout
+    assert done.stdout == "brew install googletest\n"
+    assert (stubs.path / "calls").read_text().splitlines() == [
+        "cmake --preset unit", "cmake --build --preset unit", "ctest --preset unit"]
+
+
+@pytest.mark.parametrize("command, stub, words", [
+    (["test", "clients"], None, 'On a Mac, ./test knows "unit" alone.'),
+    (["dev/setup", "tests"], None, 'On a Mac, dev/setup knows "unit" alone.'),
+    # What is missing is not installed behind anybody's back.
+    (["dev/setup", "unit"], None, "Missing are googletest. Install them: brew install googletest"),
+    (["run"], "brew", "Homebrew, from which the libraries come, is missing: docs/macos.md, step 1, "
+                      "says how to get it."),
+    (["dev/package"], "xcrun", "Xcode is missing, or not chosen: docs/macos.md, step 1, says what "
+                               "to do."),
+])
+def test_mac_says_in_a_line_what_is_missing(stubs, tree, command, stub, words):
+    if stub:
+        (stubs.path / stub).unlink()
+    done = stubs.run(tree / command[0], *command[1:], path="/usr/bin:/bin", **MAC)
+    assert (done.returncode, done.stdout) == (1, words + "\n")
+
+
+ARCHIVE = {
+    "Distribution": '<options hostArchitectures="arm64,x86_64"/><os-version min="11.0"/>',
+    "vastel-connect-1.0.0-application.pkg/PackageInfo":
+        '<pkg-info>\n<bundle path="x"/>\n<relocate>\n</relocate>\n</pkg-info>',
+    "vastel-connect-1.0.0-application.pkg/Payload": "payload",
+}
+
+
+@pytest.mark.parametrize("old, new, words", [
+    ("", "", "as it should be"),
+    ("payload", "", "empty"),
+    (ARCHIVE["vastel-connect-1.0.0-application.pkg/PackageInfo"], "", "no component"),
+    ('min="11.0"', "", "macOS 11.0"),
+    ("arm64,x86_64", "x86_64", "Rosetta"),
+    ("<options", "<license/><options", "licence"),
+    ("<relocate>\n", '<relocate>\n<bundle id="x"/>\n', "elsewhere"),
+])
+def test_archive_is_checked(stubs, old, new, words):
+    shell = []
+    for name, content in ARCHIVE.items():
+        content = content.replace(old, new) if old else content
+        if content:
+            shell.append(f'mkdir -p "$(dirname "$3/{name}")"\n'
+                         f"printf %s {shlex.quote(content)} > \"$3/{name}\"")
+    stubs.add("pkgutil", 'mkdir -p "$3"\n' + "\n".join(shell))
+    done = stubs.run(HOSTED / "check-archive", "a.pkg")
+    assert words in done.stdout
+    assert done.returncode == (1 if old else 0)
+
+
+def test_archive_is_one():
+    assert subprocess.run([HOSTED / "check-archive", "a-1.pkg", "a-2.pkg"]).returncode == 2
+
+
+FOLLOWED = """
+    record=$(base64 --decode <<< "${{2#screenpop:}}")
+    page=$(sed 's/.*:"\\(.*\\)".*/\\1/' <<< "$record")
+    echo "{page}" > "$(dirname "$(cat "$STUBS/receiver")")/pipe"
+    if [[ -e $STUBS/opened ]]; then
+      "{application}/Contents/MacOS/Vastel_Connect" > /dev/null 2>&1 &
+      echo $! > "$STUBS/started"
+    fi
+    touch "$STUBS/opened"
+    """
+
+
+@pytest.mark.parametrize("opening, status, words", [
+    (FOLLOWED.format(application="$TESTED", page="$page"), 0,
+     "received connect-test://page/48213?q=a%20b\n" * 2),
+    (FOLLOWED.format(application="$TESTED", page="connect-test://page/"), 1, "the log"),
+    (FOLLOWED.format(application="$OTHER", page="$page"), 1, "another copy"),
+    ("exec sleep 60", 1, "no page within 1 seconds"),
+])
+def test_link_is_followed(stubs, opening, status, words):
+    log = "printf 'banner\\n\\n{\"message\":\"webpage: x\"}\\n'"
+    tested, other = (stubs.bundle(stubs.folder / name, log) for name in ("Tested.app", "Other.app"))
+    stubs.add("clang++", 'while [ "$1" != -o ]; do shift; done; : > "$2"')
+    stubs.add("codesign")
+    stubs.add("lsregister", '[[ $2 != *Receiver.app ]] || echo "$2" > "$STUBS/receiver"')
+    stubs.add("log", 'echo "the log"')
+    stubs.add("open", opening)
+    done = stubs.run(HOSTED / "follow-a-link", tested, TESTED=str(tested), OTHER=str(other))
+    if "another" in words:
+        os.kill(int((stubs.path / "started").read_text()), signal.SIGKILL)
+    assert (done.returncode, words in done.stdout) == (status, True), done.stdout

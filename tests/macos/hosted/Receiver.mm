@@ -1,5 +1,5 @@
-// A second application, which LaunchServices knows for one scheme: it writes the first link that it
-// receives into the pipe CONNECT_TEST_PIPE of its property list, and ends.
+// A second application, which LaunchServices knows for one scheme: it writes each link that it
+// receives into the pipe CONNECT_TEST_PIPE of its property list.
 #import <AppKit/AppKit.h>
 
 #include <cstdio>
@@ -14,7 +14,6 @@
   std::FILE* pipe = std::fopen(path.fileSystemRepresentation, "w");
   std::fprintf(pipe, "%s\n", urls.firstObject.absoluteString.UTF8String);
   std::fclose(pipe);
-  [application terminate:nil];
 }
 
 @end
