@@ -179,31 +179,15 @@ def test_the_end_of_the_bus_ends_a_program_that_it_has_just_started(desktop):
     assert desktop.daemon.output.rest() == golden("banner")
 
 
-def open_before_the_end(desktop, listener, *links):
-    """Follows links by a call each, which arrive together with the signal to end."""
+def test_a_signal_comes_before_a_link_that_arrived_with_it(desktop, listener):
     listener.send(signal.SIGSTOP)
-    answers = []
-    for link in links:
-        desktop.call_open([link], answers)
+    # Nobody takes their log lines: acted upon first, they would keep the signal waiting.
+    for _ in range(2):
+        desktop.call_open([bulky_link(100_000)], [])
     # Once this is answered, the bus has passed the calls on.
     desktop.ask_bus("GetId")
     listener.send(signal.SIGTERM)
     listener.send(signal.SIGCONT)
-    return answers
-
-
-def test_a_link_that_arrived_before_the_end_is_opened(desktop, listener):
-    answers = open_before_the_end(desktop, listener, LINK)
-    listener.expect_log(LINK)
-    assert desktop.opened() == PAGE
-    desktop.wait_until(lambda: answers)
-    assert answers == [None]
-    assert listener.finish() == SILENCE
-
-
-def test_a_signal_comes_before_a_link_that_arrived_with_it(desktop, listener):
-    # Nobody takes their log lines: acted upon first, they would keep the signal waiting.
-    open_before_the_end(desktop, listener, *[bulky_link(100_000)] * 2)
     assert listener.wait() == 0
     assert desktop.opened_all(2) == [PAGE] * 2
 

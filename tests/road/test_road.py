@@ -41,11 +41,6 @@ def test_open_warm_logs_and_opens_the_page(desktop, listener):
         desktop.expect_link(listener, page)
 
 
-def test_open_cold_takes_several_links(desktop):
-    desktop.open(*map(page_link, pages(5)))
-    assert desktop.opened_all(5) == pages(5)
-
-
 def test_open_may_come_without_platform_data(desktop, listener):
     desktop.call("Open", GLib.Variant("(as)", ([LINK, LINK],)))
     listener.expect_log(LINK, LINK)
