@@ -48,6 +48,7 @@ def test_the_profile_has_the_documented_domains():
         assert f"`{payload['PayloadType']}`" in TEXT
         assert payload["AutoLaunchProtocolsFromOrigins"] == POLICY
     assert payloads[-1]["EnterprisePoliciesEnabled"] is True
+    assert payloads[2]["DoNotSilentlyBlockProtocolsFromOrigins"] == POLICY
     identities = [profile["PayloadUUID"], *(payload["PayloadUUID"] for payload in payloads)]
     assert len(set(identities)) == 5
 
