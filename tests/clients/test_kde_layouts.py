@@ -21,7 +21,6 @@ LAYOUTS = 600
 OPENER = shutil.which(KDE_OPENER)
 pytestmark = pytest.mark.skipif(not OPENER, reason="not installed: " + KDE_OPENER)
 WEB = ("http", "https")
-URLS = ["http://127.0.0.1:8080/?a=1", "https://127.0.0.1/", "made:page"]
 
 # Of KDE 6 and of KDE 5.
 MENUS = {f"{folder}/menus/{prefix}applications.menu": MENU
@@ -34,8 +33,8 @@ def entry(command):
     return f"[Desktop Entry]\nType=Application\nName=A\nExec={command}\n"
 
 
-def chosen(ids, *schemes, group="Default Applications"):
-    return f"[{group}]\n" + "".join(f"x-scheme-handler/{scheme}={ids}\n" for scheme in schemes)
+def chosen(ids, *schemes):
+    return "[Default Applications]\n" + "".join(f"x-scheme-handler/{scheme}={ids}\n" for scheme in schemes)
 
 
 class KdeLayout(Layout):
@@ -71,7 +70,7 @@ def launch(answer):
 class KdeGenerator(Generator):
     """Layouts of KDE, in which each entry puts its own path on its command line."""
 
-    urls = [URLS[0], "https://127.0.0.1:8080/#a", URLS[2]]
+    urls = ["http://127.0.0.1:8080/?a=1", "https://127.0.0.1:8080/#a", "made:page"]
 
     def layout(self):
         layout = super().layout()
@@ -120,33 +119,6 @@ def examine(seed):
 
 ENTRIES = {"share2/applications/alpha.desktop": entry("one --alpha %u"),
            "share2/applications/beta.desktop": entry("two --beta %U")}
-BETA = chosen("beta.desktop", *WEB)
-
-
-@pytest.mark.parametrize("files, urls", [
-    # The choice of the user, and of the system.
-    ({"config/mimeapps.list": chosen("beta.desktop;alpha.desktop;", *WEB, "made")}, URLS),
-    ({"etc2/mimeapps.list": BETA}, URLS[1:2]), ({"share1/applications/mimeapps.list": BETA}, URLS[1:2]),
-    # It wins over the older setting, and over another desktop's file.
-    *(({"config/mimeapps.list": BETA,
-        "config/kdeglobals": f"[General]\nBrowserApplication={browser}\n"}, URLS[1:2])
-      for browser in BROWSERS),
-    ({"config/mimeapps.list": BETA,
-      "share1/applications/kde-mimeapps.list": chosen("alpha.desktop", *WEB)}, URLS[1:2])])
-def test_what_is_plain(files, urls):
-    for url in urls:
-        layout = KdeLayout(ENTRIES | files, url=url)
-        ours, kde = layout.answers()
-        assert ours.launch[:1] == ["@/bin/two"], layout
-        assert launch(ours) == kde, layout
-
-
-@pytest.mark.parametrize("files", [
-    {"config/mimeapps.list": BETA, "config/kde-mimeapps.list": chosen("alpha.desktop", *WEB)},
-    {"share2/applications/mimeinfo.cache": chosen("beta.desktop;", *WEB, group="MIME Cache")}])
-def test_what_is_not_plain(files):
-    layout = KdeLayout(ENTRIES | files)
-    assert layout.answers()[0].application is None, layout
 
 
 def test_the_choice_for_https_is_that_for_http():
@@ -161,7 +133,7 @@ def test_the_choice_for_https_is_that_for_http():
 def test_a_choice_in_a_folder_that_kde_6_does_not_read():
     """A name in it is not UTF-8. The choice is opened there as well, on purpose: KDE's opener would
     open another application, or nothing."""
-    ours, kde = KdeLayout(ENTRIES | {"config/mimeapps.list": BETA,
+    ours, kde = KdeLayout(ENTRIES | {"config/mimeapps.list": chosen("beta.desktop", *WEB),
                                      "share2/applications/\udcff": ""}).answers()
     assert launch(ours) == ["@/bin/two", "--beta", "https://127.0.0.1/"]
     assert kde in [launch(ours), []]
