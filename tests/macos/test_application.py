@@ -9,7 +9,7 @@ import subprocess
 
 import pytest
 from model import expect, make_link, page_link
-from processes import Process, adopt_orphans, golden, kill_children
+from processes import SCREEN, Process, adopt_orphans, golden, kill_children
 
 EXECUTABLE = pathlib.Path(os.environ["CONNECT_BUNDLE"]) / "Vastel_Connect"
 PAGE = "https://crm.example/48213"
@@ -79,8 +79,7 @@ def variables(tmp_path_factory):
     # What GNUstep starts on the side leaves its parent, and comes to us.
     adopt_orphans()
     home = str(tmp_path_factory.mktemp("home"))
-    server = Process(["Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp"],
-                     os.environ, stderr=subprocess.DEVNULL)
+    server = Process(SCREEN, os.environ, stderr=subprocess.DEVNULL)
     yield {
         "PATH": os.environ["PATH"],
         "HOME": home,

@@ -10,8 +10,8 @@ import subprocess
 import xml.etree.ElementTree
 
 import pytest
+from processes import ROOT
 
-ROOT = pathlib.Path(__file__).parent.parent.parent
 PACKAGING = ROOT / "packaging" / "macos"
 GNUSTEP_BUNDLE = pathlib.Path(os.environ["CONNECT_BUNDLE"])
 TOOLS = ("c++", "codesign", "dsymutil", "ibtool", "install_name_tool", "strip", "sw_vers", "xattr",

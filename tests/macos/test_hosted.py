@@ -2,7 +2,6 @@
 tree, and the scripts of a Mac with stubs for its tools."""
 import json
 import os
-import pathlib
 import re
 import shlex
 import signal
@@ -11,8 +10,8 @@ import textwrap
 
 import pytest
 import yaml
+from processes import ROOT
 
-ROOT = pathlib.Path(__file__).parent.parent.parent
 HOSTED = ROOT / "tests" / "macos" / "hosted"
 PRESETS = json.loads((ROOT / "CMakePresets.json").read_text())
 # The oldest version of each that runs on the Node.js of today's hosted machines, and those that

@@ -4,13 +4,11 @@ import glob
 import os
 import subprocess
 
+from processes import LIMIT
+
 # Where they are; not all tests want them.
 PACKAGES = os.environ.get("CONNECT_PACKAGES")
 NAME = "com.vastel.Connect"
-
-# In this many seconds, whatever a test waits for has happened, however busy the machine is; apt
-# loads packages, among it.
-LIMIT = 60
 
 
 def package(pattern, folder=PACKAGES):

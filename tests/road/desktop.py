@@ -16,7 +16,7 @@ import types
 from gi.repository import Gio, GLib
 
 from model import page_link
-from processes import (LIMIT, Lines, Process, adopt_orphans, children, descendants, is_program,
+from processes import (LIMIT, SCREEN, Lines, Process, adopt_orphans, children, descendants, is_program,
                        parse_status, wait_for_descendants, wait_for_end)
 
 NAME = "com.vastel.Connect"
@@ -318,8 +318,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
                 "XDG_RUNTIME_DIR": self.folder + "/runtime"}
 
     def _start_screen(self):
-        screen = self.spawn("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset", "-screen",
-                            "0", "1024x768x24", streams={"stderr": subprocess.DEVNULL})
+        screen = self.spawn(*SCREEN, streams={"stderr": subprocess.DEVNULL})
         self._environment["DISPLAY"] = ":" + screen.output.next()
         self._environment["XDG_DATA_DIRS"] += ":/usr/local/share:/usr/share"
         self._environment["XDG_CONFIG_DIRS"] = "/etc/xdg"

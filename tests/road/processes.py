@@ -19,6 +19,9 @@ DATA = str(ROOT / "tests/data")
 # In this many seconds, whatever a test waits for has happened, however busy the machine is.
 LIMIT = int(os.environ.get("CONNECT_LIMIT", "60"))
 
+# The command of a screen that nobody sees. It writes its number.
+SCREEN = ["Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset", "-screen", "0", "1024x768x24"]
+
 # Under nohup, the programs would ignore this signal as well, and so not end by it.
 if signal.getsignal(signal.SIGHUP) == signal.SIG_IGN:
     signal.signal(signal.SIGHUP, lambda *_: None)
