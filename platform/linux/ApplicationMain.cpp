@@ -3,13 +3,16 @@
 #include "platform/linux/ApplicationMain.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <optional>
+#include <exception>
 
 #include "app/AppDelegate.h"
+#include "platform/linux/BusCall.h"
+#include "platform/linux/Ending.h"
 #include "platform/linux/HandOver.h"
 #include "platform/linux/Host.h"
 #include "platform/linux/LaunchArguments.h"
@@ -18,10 +21,6 @@
 
 namespace Vastel_Connect {
 namespace {
-
-/// Losing the race for the name means that somebody is there to take the links, who may end just
-/// then; with this many lost races in a row, something is broken.
-constexpr int kNameRaces = 100;
 
 /// A descriptor that was closed at the start would be given to the bus, and printed into.
 void openMissingStandardStreams() {
@@ -44,42 +43,10 @@ void forgetStarter() {
   }
 }
 
-/// Whether the process was started by nohup, or as such.
-bool ignoresHangUp() {
-  struct sigaction current = {};
-  ::sigaction(SIGHUP, nullptr, &current);
-  return current.sa_handler == SIG_IGN;
-}
-
-/// Makes the event loop, in which the signals that ask a program to end do so in the normal way.
-void makeEventLoop() {
-  sd_event_new(&host().eventLoop);
-  for (const int number : kEndingSignals) {
-    if (number == SIGHUP && ignoresHangUp()) continue;
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, number);
-    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-    if (sd_event_add_signal(host().eventLoop, nullptr, number, nullptr, nullptr) < 0) {
-      ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);  // It ends the process on the spot then.
-      continue;
-    }
-    sigaddset(&host().endingSignals, number);
-  }
-}
-
-/// Joins the bus with a request for the name. False when there is no bus.
-bool joinBus(NameRequest request) {
-  if (!connectSessionBus()) return false;
-  const auto isOwner = requestBusName(request);
-  if (!isOwner) {
-    leaveBus();
-    return false;
-  }
-  if (!*isOwner && request == NameRequest::TakeOver) {
-    complain(std::string(kBusName) + " belongs to another program: links arrive when it ends");
-  }
-  return true;
+/// A link may be as long as it likes, and leaves nothing behind: what is large is a mapping of its
+/// own, which goes with it. By default the library would keep the memory of the largest ones.
+void giveLargeMemoryBack() {
+  ::mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 }
 
 /// Whether the command line asks for a text. It is no delegate that links go to, whose flags are
@@ -90,75 +57,75 @@ bool endsAfterText() {
   return reader.endsAfterText();
 }
 
-/// Gives the links of the command line to the application. Absent when this process is to be the
-/// application itself: it has the name then, or there is no bus. Otherwise the exit status.
-std::optional<int> giveLinksAway(const std::vector<std::string>& links,
-                                 const ActivationToken& token) {
-  if (!connectSessionBus()) return std::nullopt;
-  for (int race = 0; race < kNameRaces; ++race) {
-    switch (handOverLinks(links, token)) {
-      case HandOver::Done:
-        return EXIT_SUCCESS;
-      case HandOver::Refused:
-        return EXIT_FAILURE;
-      case HandOver::NobodyThere:
-        if (requestBusName(NameRequest::IfFree).value_or(false)) return std::nullopt;
-    }
+/// Carries links out. The result is the exit status of a process that has nothing more to do.
+int carryOut(const std::vector<std::string>& links, const ActivationToken& token) {
+  int status = EXIT_SUCCESS;
+  for (const std::string& link : links) {
+    if (deliverUri(link, token)) continue;
+    complain("a page was not opened: no program for it starts");
+    status = EXIT_FAILURE;
   }
-  complain("the link was not taken: " + std::string(kBusName) + " changes hands all the time");
-  return EXIT_FAILURE;
+  return status;
 }
 
 /// Delivers links until something asks the application to end. The result is the exit status.
 int waitForLinks() {
-  sd_bus_set_exit_on_disconnect(host().bus, 1);
-  // The end of the loop is not that of the connection: links that have arrived are still read.
-  sd_bus_set_close_on_exit(host().bus, 0);
-  // After the signals. The loop reads one before it acts on it; a link that came in between might
-  // wait for a stuck reader of its log line, and see no signal any more.
-  int status = sd_bus_attach_event(host().bus, host().eventLoop, SD_EVENT_PRIORITY_IDLE);
-  if (status >= 0) status = sd_event_loop(host().eventLoop);
-  host().terminating = true;
-  sd_bus_detach_event(host().bus);
-  // Without the loop, a disconnect would end the process on the spot.
-  sd_bus_set_exit_on_disconnect(host().bus, 0);
-  if (status < 0) complain("the event loop has failed");
-  if (status > 0) complain("the session bus is gone");
-  return status == EXIT_SUCCESS ? EXIT_SUCCESS : EXIT_FAILURE;
+  const Waited waited = waitForBus([] { return false; }, "");
+  beginEnding();
+  if (waited == Waited::Ending) return EXIT_SUCCESS;
+  complain("the session bus is gone");
+  return EXIT_FAILURE;
+}
+
+/// Joins the bus to take links. False, which is said on standard error, when none can arrive.
+bool joinBus(NameRequest request) {
+  if (!connectSessionBus()) {
+    complain(kNoBus);
+    return false;
+  }
+  const NameAnswer name = requestBusName(request);
+  if (name == NameAnswer::Waiting && request == NameRequest::TakeOver && !isEnding()) {
+    complain(std::string(kBusName) + " belongs to another program: links arrive when it ends");
+  }
+  return name != NameAnswer::None;
+}
+
+/// The life of a process that could give its links to nobody.
+int liveWithLinks(AppDelegate& delegate, const LaunchArguments& arguments,
+                  const ActivationToken& token) {
+  const int status = carryOut(arguments.links, token);
+  const bool hasBus = host().bus != nullptr;
+  // Another process may have become the application meanwhile: then there is nothing left to do.
+  if (hasBus && requestBusName(NameRequest::Queue) != NameAnswer::Ours) return status;
+  delegate.applicationDidFinishLaunching();
+  return hasBus ? waitForLinks() : status;
+}
+
+/// The life of a process that was started to take links.
+int liveForLinks(AppDelegate& delegate, bool startedByBus) {
+  bool hasJoined = startedByBus && joinBus(NameRequest::Queue);
+  if (hasJoined) receiveLaunchLinks();
+  delegate.applicationDidFinishLaunching();
+  if (isEnding()) return EXIT_SUCCESS;
+  if (!startedByBus) hasJoined = joinBus(NameRequest::TakeOver);
+  return hasJoined ? waitForLinks() : EXIT_FAILURE;
 }
 
 /// The application's life. `token` belongs to the links among the arguments.
 int runApplication(const LaunchArguments& arguments, const ActivationToken& token) {
-  makeEventLoop();
+  catchEndingSignals();
   AppDelegate delegate;
   host().delegate = &delegate;
   delegate.applicationWillFinishLaunching();
-  for (const std::string& link : arguments.links) deliverUri(link, token);
-  if (arguments.startedByBus && joinBus(NameRequest::Queue)) receiveLaunchLinks();
-  delegate.applicationDidFinishLaunching();
-
-  int status = EXIT_SUCCESS;
-  if (!host().terminating) {
-    if (host().bus != nullptr || joinBus(NameRequest::TakeOver)) {
-      status = waitForLinks();
-    } else {
-      complain("no session bus, so no link can arrive");
-      status = EXIT_FAILURE;
-    }
-  }
+  const int status = arguments.startedWithLink ? liveWithLinks(delegate, arguments, token)
+                                               : liveForLinks(delegate, arguments.startedByBus);
   leaveBus();
   delegate.applicationWillTerminate();
   host().delegate = nullptr;
   return status;
 }
 
-}  // namespace
-
-int applicationMain(int argc, char** argv) {
-  openMissingStandardStreams();
-  ::signal(SIGPIPE, SIG_IGN);
-  ::signal(SIGXFSZ, SIG_IGN);
-  letKernelReapChildren();
+int handOverOrRun(int argc, char** argv) {
   const LaunchArguments arguments = readLaunchArguments(argc, argv);
   host().arguments = arguments.all;
   const ActivationToken token = takeActivationTokenFromEnvironment();
@@ -168,9 +135,30 @@ int applicationMain(int argc, char** argv) {
   // are opened, the text is printed, and nobody else is started or disturbed.
   if (arguments.startedWithLink && !endsAfterText()) {
     if (arguments.links.empty()) return EXIT_FAILURE;
-    if (const auto status = giveLinksAway(arguments.links, token)) return *status;
+    const HandOver result =
+        connectSessionBus() ? handOverLinks(arguments.links, token) : HandOver::NobodyThere;
+    if (result != HandOver::NobodyThere) {
+      return result == HandOver::Done ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
   }
   return runApplication(arguments, token);
+}
+
+}  // namespace
+
+int applicationMain(int argc, char** argv) {
+  openMissingStandardStreams();
+  leaveNoCore();
+  giveLargeMemoryBack();
+  ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);
+  letKernelReapChildren();
+  try {
+    return handOverOrRun(argc, argv);
+  } catch (const std::exception&) {
+    complain("out of memory");
+    return EXIT_FAILURE;
+  }
 }
 
 }  // namespace Vastel_Connect

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <exception>
 
 #include "platform/Platform.h"
+#include "platform/linux/Ending.h"
 
 namespace Vastel_Connect {
 
@@ -14,17 +16,18 @@ Host& host() {
   return state;
 }
 
-void deliverUri(std::string_view uri, const ActivationToken& token) {
-  if (!host().deliversUris) return;
+bool deliverUri(std::string_view uri, const ActivationToken& token) {
+  if (!host().deliversUris) return true;
   host().token = token;
-  // Here an event has its direct parameter and no other.
-  const UriEvent event{[uri](std::uint32_t /*keyword*/) { return std::string(uri); }};
-  host().delegate->UriEventHandlerWithEvent(event);
-}
-
-void complain(std::string_view text) {
-  const std::string line = "vastel-connect: " + std::string(text) + "\n";
-  [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, line.data(), line.size());
+  host().hasFailed = false;
+  try {
+    // Here an event has its direct parameter and no other.
+    const UriEvent event{[uri](std::uint32_t /*keyword*/) { return std::string(uri); }};
+    host().delegate->UriEventHandlerWithEvent(event);
+  } catch (const std::exception&) {
+    complain("out of memory: a link may not have been opened");
+  }
+  return !host().hasFailed;
 }
 
 namespace platform {
@@ -55,8 +58,7 @@ void removeUriEventHandler() {
 }
 
 void terminate() {
-  host().terminating = true;
-  if (host().eventLoop != nullptr) sd_event_exit(host().eventLoop, 0);
+  beginEnding();
 }
 
 bool isMainThread() {

@@ -1,12 +1,7 @@
 #pragma once
 
 #include <systemd/sd-bus.h>
-#include <systemd/sd-event.h>
 
-#include <array>
-#include <atomic>
-#include <csignal>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,20 +15,8 @@ inline constexpr const char* kBusName = "com.vastel.Connect";
 inline constexpr const char* kObjectPath = "/com/vastel/Connect";
 inline constexpr const char* kApplicationInterface = "org.freedesktop.Application";
 
-/// What printLine knows of standard output.
-struct Output {
-  /// For the signal handlers, which are set with the first line.
-  std::once_flag prepared;
-  /// Takes the place of a reader that is stuck.
-  int nullDevice = -1;
-  /// The signal to end that came while a line was written; 0 until then.
-  volatile std::sig_atomic_t endingSignal = 0;
-  /// The line before was not written to its end.
-  std::atomic<bool> isBrokenOff = false;
-};
-
-/// The process-wide state behind the functions of Platform.h. Main thread only, except for
-/// `terminating` and `output`.
+/// What the functions of Platform.h and the callbacks of the bus know of the process. Main thread
+/// only.
 struct Host {
   /// Those that are valid UTF-8, the program's own path first.
   std::vector<std::string> arguments;
@@ -43,27 +26,20 @@ struct Host {
   bool deliversUris = false;
   /// The token of the latest link.
   ActivationToken token;
+  /// The latest link named a page for which no program could be started.
+  bool hasFailed = false;
   /// Null without a session bus.
   sd_bus* bus = nullptr;
-  /// Null before the application's event loop is made.
-  sd_event* eventLoop = nullptr;
-  /// The signals that end the event loop. They are blocked, except while a line is written.
-  sigset_t endingSignals{};
-  /// The event loop has ended, or is about to.
-  std::atomic<bool> terminating = false;
-  Output output;
 };
 
 [[nodiscard]] Host& host();
 
 /// Gives one URI to the delegate as an event, and lends `token` to the page that it opens. Nothing
-/// happens while no handler is set.
-void deliverUri(std::string_view uri, const ActivationToken& token);
+/// happens while no handler is set. A lack of memory costs this link alone, and is said on standard
+/// error. False: there was no program for its page.
+bool deliverUri(std::string_view uri, const ActivationToken& token);
 
-/// They ask a program to end.
-inline constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
-
-/// Writes one line of the host's own to standard error.
+/// Writes one line of the host's own to standard error, or what fits into one. Asks for no memory.
 void complain(std::string_view text);
 
 }  // namespace Vastel_Connect

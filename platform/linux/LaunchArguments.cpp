@@ -14,7 +14,7 @@ LaunchArguments readLaunchArguments(int argc, char** argv) {
     arguments.startedWithLink |= isLink;
     arguments.startedByBus |= argument == kServiceArgument;
     if (!isUtf8(argument)) {
-      complain("argument " + std::to_string(i) + " is not UTF-8: ignored");
+      if (isLink) complain("argument " + std::to_string(i) + " is not UTF-8: ignored");
       continue;
     }
     arguments.all.emplace_back(argument);

@@ -22,7 +22,7 @@ struct LaunchArguments {
   bool startedByBus = false;
 };
 
-/// Refuses each argument that is not valid UTF-8 with a line on standard error.
+/// Ignores each argument that is not valid UTF-8: a link with a line on standard error.
 [[nodiscard]] LaunchArguments readLaunchArguments(int argc, char** argv);
 
 }  // namespace Vastel_Connect

@@ -47,16 +47,21 @@ bool startOpener(const Command& opener) {
   return program && start(opener.front(), *program, opener);
 }
 
-}  // namespace
-
-bool openUrl(std::string_view page) {
-  const std::string url = urlText(page);
+bool openPage(const std::string& url) {
   const std::string scheme = asciiLowerCase(urlScheme(url));
   const auto handler = findDefaultHandler(scheme, url);
   // The kernel may refuse what a desktop would start, as a script without "#!".
   if (handler && start(handler->application, handler->program, handler->arguments)) return true;
   const auto openers = openersFor(scheme, url);
   return std::any_of(openers.begin(), openers.end(), startOpener);
+}
+
+}  // namespace
+
+bool openUrl(std::string_view page) {
+  const bool isOpened = openPage(urlText(page));
+  host().hasFailed = !isOpened;
+  return isOpened;
 }
 
 }  // namespace Vastel_Connect::platform

@@ -4,8 +4,13 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 
+#include "platform/linux/BusCall.h"
+#include "platform/linux/Ending.h"
+#include "platform/linux/Environment.h"
 #include "platform/linux/Host.h"
+#include "text/Ascii.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -14,7 +19,10 @@ namespace {
 /// followed it, and is never sent a second time.
 int replyAtOnce(sd_bus_message* call) {
   int ret = sd_bus_reply_method_return(call, nullptr);
-  if (ret >= 0) ret = sd_bus_flush(sd_bus_message_get_bus(call));
+  if (ret < 0) return ret;
+  do {
+    ret = sd_bus_flush(host().bus);
+  } while (ret == -EINTR);
   return ret < 0 ? ret : 1;
 }
 
@@ -58,7 +66,7 @@ int readTexts(sd_bus_message* call, std::vector<std::string>& texts) {
 }
 
 /// Open(as uris, a{sv} platform_data), and Open(as uris) as some openers send it.
-int onOpen(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
+int open(sd_bus_message* call) {
   std::vector<std::string> uris;
   int ret = readTexts(call, uris);
   if (ret < 0) return ret;
@@ -71,12 +79,24 @@ int onOpen(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
   return ret;
 }
 
-/// The application has no window to raise and no action: it is running, which is all they ask for.
-int onActivate(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
-  return replyAtOnce(call);
+/// The bus' library is C: no exception may pass through it. The sender is told that there is no
+/// memory, unless it was answered before.
+template <int (*function)(sd_bus_message*)>
+int guarded(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
+  try {
+    return function(call);
+  } catch (const std::exception&) {
+    complain("out of memory: a call was refused");
+    return -ENOMEM;
+  }
 }
 
-/// Takes the form of Open that the table below cannot hold beside the other.
+constexpr sd_bus_message_handler_t onOpen = guarded<open>;
+
+/// The application has no window to raise and no action: it is running, which is all they ask for.
+constexpr sd_bus_message_handler_t onActivate = guarded<replyAtOnce>;
+
+/// A method of the table below has one signature. Open without platform data comes here.
 int onAnyCall(sd_bus_message* call, void* userdata, sd_bus_error* error) {
   const bool isShortOpen = sd_bus_message_is_method_call(call, kApplicationInterface, "Open") > 0 &&
                            sd_bus_message_has_signature(call, "as") > 0;
@@ -95,58 +115,103 @@ const sd_bus_vtable kApplicationTable[] = {
     SD_BUS_VTABLE_END,
 };
 
-std::uint64_t requestFlags(NameRequest request) {
-  std::uint64_t flags = SD_BUS_NAME_ALLOW_REPLACEMENT;
-  if (request != NameRequest::IfFree) flags |= SD_BUS_NAME_QUEUE;
-  if (request == NameRequest::TakeOver) flags |= SD_BUS_NAME_REPLACE_EXISTING;
-  return flags;
+/// How the address of the session bus has the path of its socket.
+std::string escapeForAddress(const std::string& path) {
+  std::string escaped;
+  for (const char c : path) {
+    if (isAsciiLetter(c) || isAsciiDigit(c) || std::strchr("-_/.*", c) != nullptr) {
+      escaped += c;
+    } else {
+      char code[4];
+      std::snprintf(code, sizeof code, "%%%02x",
+                    static_cast<unsigned>(static_cast<unsigned char>(c)));
+      escaped += code;
+    }
+  }
+  return escaped;
+}
+
+/// The address of the session bus; empty where there is none.
+std::string busAddress() {
+  const std::string runtimeFolder = environmentText("XDG_RUNTIME_DIR");
+  return environmentText(
+      "DBUS_SESSION_BUS_ADDRESS",
+      runtimeFolder.empty() ? "" : "unix:path=" + escapeForAddress(runtimeFolder) + "/bus");
+}
+
+// The flags of RequestName, and its answer, by the specification of the bus.
+constexpr std::uint32_t kAllowReplacement = 1;
+constexpr std::uint32_t kReplaceExisting = 2;
+constexpr std::uint32_t kIsOwner = 1;
+
+/// Gives the name back, and delivers what had arrived by then. What comes later is left unread, as
+/// the end of the connection tells whoever sent it: somebody may send to our unique name for ever.
+void releaseBusName() {
+  const Message call = makeDriverCall("ReleaseName");
+  sd_bus_message_append(call.get(), "s", kBusName);
+  Message answer;
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_call_async(host().bus, &slot, call.get(), keepMessage, &answer, UINT64_MAX) < 0)
+    return;
+  const Slot forgetLater(slot);
+  waitForBusAtTheEnd([&answer] { return answer != nullptr; });
+}
+
+/// The bus is of no use, or the program is to end.
+NameAnswer noName(const Answer& answer) {
+  if (isEnding()) return NameAnswer::Waiting;
+  complain(answer.errorName().empty() ? std::string(kNoBus)
+                                      : "no link can arrive: " + answer.errorText());
+  closeSessionBus();
+  return NameAnswer::None;
 }
 
 }  // namespace
 
 bool connectSessionBus() {
   sd_bus*& bus = host().bus;
-  const char* name = nullptr;
-  // Our unique name is the bus' answer to our greeting. A link that left beside the greeting might
-  // be opened although the connection failed.
-  const bool connected = sd_bus_open_user(&bus) >= 0 && sd_bus_get_unique_name(bus, &name) >= 0 &&
-                         sd_bus_add_object(bus, nullptr, kObjectPath, onAnyCall, nullptr) >= 0 &&
-                         sd_bus_add_object_vtable(bus, nullptr, kObjectPath, kApplicationInterface,
-                                                  kApplicationTable, nullptr) >= 0;
-  if (!connected) bus = sd_bus_unref(bus);
-  return connected;
+  // As the library's own function for it has it, but for descriptors: a call that brought some
+  // would end the connection when there is no room for them.
+  const std::string address = busAddress();
+  const bool begun = !address.empty() && sd_bus_new(&bus) >= 0 &&
+                     sd_bus_set_address(bus, address.c_str()) >= 0 &&
+                     sd_bus_set_bus_client(bus, 1) >= 0 && sd_bus_negotiate_fds(bus, 0) >= 0 &&
+                     sd_bus_start(bus) >= 0;
+  if (!begun) closeSessionBus();
+  return begun;
 }
 
-std::optional<bool> requestBusName(NameRequest request) {
-  const int ret = sd_bus_request_name(host().bus, kBusName, requestFlags(request));
-  if (ret < 0 && ret != -EEXIST) return std::nullopt;
-  if (ret > 0 && request == NameRequest::IfFree) {
-    // Ours now. Asked for once more so that whoever takes it over leaves us in line for it.
-    sd_bus_request_name(host().bus, kBusName, requestFlags(NameRequest::Queue));
+void closeSessionBus() {
+  host().bus = sd_bus_close_unref(host().bus);
+}
+
+NameAnswer requestBusName(NameRequest request) {
+  sd_bus* bus = host().bus;
+  if (sd_bus_add_object(bus, nullptr, kObjectPath, onAnyCall, nullptr) < 0 ||
+      sd_bus_add_object_vtable(bus, nullptr, kObjectPath, kApplicationInterface, kApplicationTable,
+                               nullptr) < 0) {
+    return noName({});
   }
-  return ret > 0;
+  const Message call = makeDriverCall("RequestName");
+  sd_bus_message_append(
+      call.get(), "su", kBusName,
+      kAllowReplacement | (request == NameRequest::TakeOver ? kReplaceExisting : 0));
+  const Answer answer = callBus(call, kBusIsBusy);
+  std::uint32_t result = 0;
+  if (answer.waited != Waited::Done || sd_bus_message_read(answer.message.get(), "u", &result) < 0)
+    return noName(answer);
+  return result == kIsOwner ? NameAnswer::Ours : NameAnswer::Waiting;
 }
 
 void receiveLaunchLinks() {
-  sd_bus*& bus = host().bus;
-  // The bus sends what waited for the name together with it, and so before any later answer.
-  int ret = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                               "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr);
-  std::uint64_t count = 0;
-  while (ret > 0 && sd_bus_get_n_queued_read(bus, &count) >= 0 && count > 0) {
-    ret = sd_bus_process(bus, nullptr);
-  }
-  // A call may be lost with it. Its sender is told by the end of the connection.
-  if (ret < 0 || sd_bus_is_open(bus) <= 0) bus = sd_bus_close_unref(bus);
+  // The bus sends what waited for the name together with it, and so before any later answer. Should
+  // the connection end, whoever waits for links is told so next.
+  static_cast<void>(callBus(makeDriverCall("GetId"), kBusIsBusy));
 }
 
 void leaveBus() {
-  sd_bus*& bus = host().bus;
-  if (bus == nullptr) return;
-  sd_bus_release_name(bus, kBusName);
-  while (sd_bus_process(bus, nullptr) > 0) {
-  }
-  bus = sd_bus_flush_close_unref(bus);
+  if (host().bus != nullptr) releaseBusName();
+  closeSessionBus();
 }
 
 }  // namespace Vastel_Connect

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 namespace Vastel_Connect {
 
 /// How a process asks for the application's name.
@@ -10,23 +8,32 @@ enum class NameRequest {
   TakeOver,
   /// Waits in line behind an instance that has the name already.
   Queue,
-  /// Gives up when somebody has it.
-  IfFree,
 };
 
-/// Connects to the session bus, exports org.freedesktop.Application there, and keeps the connection
-/// in the host's state. False when there is no session bus.
+/// How the bus answers.
+enum class NameAnswer {
+  Ours,
+  /// Another process keeps it, and we are in line for it; or the program is to end.
+  Waiting,
+  /// There is no bus, or it refuses the name to this process.
+  None,
+};
+
+/// Begins to connect to the session bus, and keeps the connection in the host's state. What is sent
+/// before the bus has answered leaves behind the greeting. False when there is no session bus.
 [[nodiscard]] bool connectSessionBus();
 
-/// Asks for the name. True: it is ours now. False: another process keeps it; with TakeOver and
-/// Queue we are in line for it. Absent: the bus does not answer.
-[[nodiscard]] std::optional<bool> requestBusName(NameRequest request);
+/// Ends the connection, if there is one, with whatever waits in it.
+void closeSessionBus();
 
-/// Delivers the links for which the bus has just started this process, once it has the name. Closes
-/// a connection that fails.
+/// Exports org.freedesktop.Application and asks for the name; calls that arrive meanwhile are
+/// carried out. Where there is none, says why on standard error and ends the connection.
+[[nodiscard]] NameAnswer requestBusName(NameRequest request);
+
+/// Delivers the links for which the bus has just started this process, once it has the name.
 void receiveLaunchLinks();
 
-/// Gives the name back, delivers the links that had already arrived, and closes the connection, if
+/// Gives the name back, delivers the links that had arrived by then, and closes the connection, if
 /// there is one.
 void leaveBus();
 

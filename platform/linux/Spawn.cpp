@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -37,6 +38,19 @@ std::string startFolder() {
   const bool isEntered = home.starts_with('/') && ::access((home + "/").c_str(), X_OK) == 0;
   return isEntered ? home : "/";
 }
+
+/// The limits of cores: as they were, and while none is to be left.
+rlimit foundCoreLimit = {};
+rlimit ownCoreLimit = {};
+
+/// While it lives, a child gets the limit that was found.
+class FoundCoreLimit {
+ public:
+  FoundCoreLimit() { ::setrlimit(RLIMIT_CORE, &foundCoreLimit); }
+  ~FoundCoreLimit() { ::setrlimit(RLIMIT_CORE, &ownCoreLimit); }
+  FoundCoreLimit(const FoundCoreLimit&) = delete;
+  FoundCoreLimit& operator=(const FoundCoreLimit&) = delete;
+};
 
 /// The attributes and file actions of a program that lives on by itself.
 class Detached {
@@ -89,11 +103,20 @@ std::optional<pid_t> spawnProgram(const std::string& program,
   environment.push_back(nullptr);
 
   const Detached detached;
+  const FoundCoreLimit cores;
   pid_t child = 0;
   const int error = ::posix_spawn(&child, program.c_str(), detached.actions(),
                                   detached.attributes(), argv.data(), environment.data());
   if (error != 0) return std::nullopt;
   return child;
+}
+
+void leaveNoCore() {
+  ::getrlimit(RLIMIT_CORE, &foundCoreLimit);
+  ownCoreLimit = foundCoreLimit;
+  // Of one byte none is written, nor given to a program that collects cores, as is one of no limit.
+  ownCoreLimit.rlim_cur = std::min<rlim_t>(1, foundCoreLimit.rlim_max);
+  ::setrlimit(RLIMIT_CORE, &ownCoreLimit);
 }
 
 void letKernelReapChildren() {

@@ -18,6 +18,10 @@ namespace Vastel_Connect {
                                                 const std::vector<std::string>& arguments,
                                                 const ActivationToken& token);
 
+/// A crash of this process leaves no core from now on, which would hold what links carry. What
+/// spawnProgram starts has the limit that was found.
+void leaveNoCore();
+
 /// Lets the kernel reap children, so that none becomes a zombie and none wakes us.
 void letKernelReapChildren();
 

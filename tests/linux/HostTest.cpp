@@ -9,6 +9,7 @@
 
 #include "platform/Platform.h"
 #include "platform/linux/ApplicationMain.h"
+#include "platform/linux/Ending.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -26,20 +27,13 @@ TEST(DeliverUri, DoesNothingBeforeTheApplicationsLife) {
 }
 
 TEST(PrintLine, LeavesNoAlarmBehindALineThatWasTaken) {
-  host().terminating = true;
-  platform::printLine("taken");
-  EXPECT_EQ(::alarm(0), 0U);
-  host().terminating = false;
-}
-
-[[noreturn]] void terminateWithinTheLoop() {
-  sd_event_new(&host().eventLoop);
-  platform::terminate();
-  std::_Exit(sd_event_loop(host().eventLoop) == 0 && host().terminating ? 0 : 1);
-}
-
-TEST(Terminate, EndsTheEventLoopInTheNormalWay) {
-  EXPECT_EXIT(terminateWithinTheLoop(), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        platform::terminate();
+        platform::printLine("taken");
+        std::_Exit(isEnding() && ::alarm(0) == 0 ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 /// Runs the application to its end, and ends with status 0 when it left nothing behind.

@@ -42,6 +42,7 @@ class Desktop(contextlib.ExitStack):
     """A desktop that lives as long as its context, whose end fails when a process is left running.
 
     `service` is the command with which the bus starts the program; None: the bus cannot start it.
+    `bus` may be lines for the end of the bus' configuration.
     With a `screen` of its own, it also has what programs with windows find in the machine's folders.
     Further arguments are variables of the environment of all."""
 
@@ -71,7 +72,7 @@ class Desktop(contextlib.ExitStack):
             self._start_screen()
         self._environment.update(environment)
         if bus:
-            self.start_bus()
+            self.start_bus(bus if isinstance(bus, str) else "")
 
     # Processes.
 
@@ -323,7 +324,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
         self._environment["XDG_DATA_DIRS"] += ":/usr/local/share:/usr/share"
         self._environment["XDG_CONFIG_DIRS"] = "/etc/xdg"
 
-    def start_bus(self):
+    def start_bus(self, lines=""):
         address = f"unix:path={self.folder}/bus"
         config = self.write("bus.conf", f"""<busconfig>
   <type>session</type>
@@ -339,6 +340,7 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
     <allow own="*"/>
     <allow user="*"/>
   </policy>
+  {lines}
 </busconfig>
 """)
         self._environment["DBUS_SESSION_BUS_ADDRESS"] = address

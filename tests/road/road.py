@@ -6,7 +6,8 @@ from model import expect, make_link, page_link
 LINK = page_link(PAGE)
 FATAL = make_link("[]")
 
-# What is said after some seconds to whoever follows a link.
+# What is said after some seconds to whoever waits for the bus, or follows a link.
+BUS_BUSY = "vastel-connect: the session bus does not answer yet"
 BUSY = "vastel-connect: the application is busy: the link waits until it goes on"
 
 # Texts of all forms that a link takes, its page being https://page.test/ wherever it has one.

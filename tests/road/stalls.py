@@ -58,7 +58,8 @@ class Stalls:
         for page, (error,) in answers.items():
             self._told[page] = REFUSED if error else TAKEN
         # Other programs, which the bus has started meanwhile, have no say in the next stall.
-        listener.end()
+        if listener.is_running():  # A second signal would end it at once.
+            listener.end()
         self._desktop.forget(listener)
         self._desktop.daemon.output.skip()
         self._expect_opened()
@@ -70,7 +71,7 @@ class Stalls:
             pass
 
     def _end(self, listener, _):
-        listener.send(self._random.choice([signal.SIGINT, signal.SIGTERM, signal.SIGHUP]))
+        listener.end(self._random.choice([signal.SIGINT, signal.SIGTERM, signal.SIGHUP]))
 
     def _kill(self, listener, stuck):
         listener.send(signal.SIGKILL)

@@ -133,13 +133,24 @@ class RawSender:
         for _ in range(count):
             self._call(GLib.Variant("(as)", (["screenpop"],)), NAME, OBJECT, INTERFACE, "Open")
 
-    def _call(self, body, *call):
+    def flood_until(self, is_over, name, links):
+        """Sends the same call again and again, for which no answer is asked."""
+        call = self._message(GLib.Variant("(as)", (links,)), name, OBJECT, INTERFACE, "Open")
+        call.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
+        calls = call.to_blob(Gio.DBusCapabilityFlags.NONE) * 20
+        while not is_over.is_set():
+            self._socket.sendall(calls)
+
+    def _message(self, body, *call):
         message = Gio.DBusMessage.new_method_call(*call)
         if body:
             message.set_body(body)
         self._serial += 1
         message.set_serial(self._serial)
-        self._socket.sendall(message.to_blob(Gio.DBusCapabilityFlags.NONE))
+        return message
+
+    def _call(self, body, *call):
+        self._socket.sendall(self._message(body, *call).to_blob(Gio.DBusCapabilityFlags.NONE))
 
     def _read_until(self, end):
         text = b""

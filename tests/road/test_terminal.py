@@ -16,7 +16,7 @@ import pytest
 
 from desktop import PROGRAM
 from model import page_link
-from processes import LIMIT, PRINTING, SILENCE, golden, log_message, messages_of, status_of
+from processes import LIMIT, PRINTING, SILENCE, golden, log_message, messages_of
 from road import FATAL, LINK, PAGE, pages
 
 # By the names of the texts that they print.
@@ -282,11 +282,10 @@ def test_no_message_forges_a_line_of_the_json_log(desktop):
 # Arguments that are not UTF-8.
 
 
-def test_an_argument_that_is_not_utf8_is_refused(desktop):
-    refusal = "vastel-connect: argument {} is not UTF-8: ignored\n"
-    # The program goes on with the others, but for a link.
-    assert desktop.run(b"-h\xff", "-help") == (texts("help")[0], refusal.format(1), 0)
-    assert desktop.run("-log", b"screenpop:\xff") == ("", refusal.format(2), 1)
+def test_an_argument_that_is_not_utf8_is_ignored_and_refused_as_a_link(desktop):
+    assert desktop.run(b"-h\xff", "-help") == texts("help")
+    assert desktop.run("-log", b"screenpop:\xff") == (
+        "", "vastel-connect: argument 2 is not UTF-8: ignored\n", 1)
     assert desktop.names_seen() == []
 
 
@@ -300,24 +299,17 @@ def test_a_bus_that_ends_before_a_link_is_handed_over_is_none(new_desktop):
         bus.listen()
         process = desktop.start(LINK, DBUS_SESSION_BUS_ADDRESS=f"unix:path={desktop.folder}/bus")
         bus.accept()[0].close()
-    assert process.finish() == (golden("banner"), NO_BUS, 1)
+    assert process.finish() == (golden("banner"), "", 0)
     assert desktop.opened() == PAGE
 
 
 @pytest.mark.parametrize("address", [None, "unix:path=/nowhere/at/all"])
-def test_without_a_bus_launch_links_are_opened_and_one_line_says_so(new_desktop, address):
+def test_without_a_bus_launch_links_are_opened_and_no_other_can_arrive(new_desktop, address):
     desktop = new_desktop(bus=False, DBUS_SESSION_BUS_ADDRESS=address)
-    for opened in ([], pages(2)):
-        result = desktop.run("-log", *map(page_link, opened), "-jsonlog")
-        assert result == (golden("banner"), NO_BUS, 1)
-        assert desktop.opened_all(len(opened)) == opened
-
-
-def test_hang_up_stays_ignored(desktop):
-    process = desktop.spawn("/bin/sh", "-c", "trap '' HUP; exec \"$0\" -log", PROGRAM)
-    process.banner()
-    desktop.wait_for_owner(process.pid)
-    process.send(signal.SIGHUP)
-    desktop.expect_link(process)
-    assert int(status_of(process.pid)["SigIgn"], 16) & 1 == 1
-    assert process.end() == SILENCE
+    assert desktop.run("-log") == (golden("banner"), NO_BUS, 1)
+    assert desktop.run("-log", *map(page_link, pages(2)), "-jsonlog") == (golden("banner"), "", 0)
+    assert desktop.opened_all(2) == pages(2)
+    # One of which nothing shows the page.
+    desktop.install_handler(command="/nowhere %u")
+    assert desktop.run(LINK, PATH="/nowhere") == (
+        golden("banner"), "vastel-connect: a page was not opened: no program for it starts\n", 1)
