@@ -122,6 +122,13 @@ std::string lowerCase(std::string_view ascii) {
   return result;
 }
 
+bool listHasScheme(std::string_view list, std::string_view scheme) {
+  std::string pattern = "(^|;)[ \t]*";
+  for (const char c : scheme) pattern.append("[").append(1, c).append("]");
+  return std::regex_search(std::string(list),
+                           std::regex(pattern + "[ \t]*(;|$)", std::regex::icase));
+}
+
 Outcome followLink(std::string_view uri) {
   Outcome outcome;
   const auto say = [&outcome](std::string text) { outcome.messages.push_back(std::move(text)); };

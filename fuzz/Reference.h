@@ -29,6 +29,9 @@ namespace Vastel_Connect::reference {
 
 [[nodiscard]] std::string lowerCase(std::string_view ascii);
 
+/// Whether a list of schemes between semicolons has one, which is a scheme.
+[[nodiscard]] bool listHasScheme(std::string_view list, std::string_view scheme);
+
 /// A JSON value as far as the program looks at it.
 struct Json {
   struct Member;

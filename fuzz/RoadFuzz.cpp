@@ -9,6 +9,7 @@
 #include "fuzz/Reference.h"
 #include "tests/platform/Base64Text.h"
 #include "tests/platform/RecordingHost.h"
+#include "text/SchemeList.h"
 
 using namespace Vastel_Connect;
 
@@ -79,10 +80,21 @@ void tryLink(std::string_view link) {
   fuzz::expect(host.eventsOf("open: ") == pages, "the page");
 }
 
+/// "https:tel;https": whether a scheme is in a list.
+void tryList(std::string_view text) {
+  const std::size_t length = reference::schemeLength(text);
+  if (length == 0) return;
+  const std::string_view scheme = text.substr(0, length);
+  const std::string_view list = text.substr(length + 1);
+  fuzz::expect(listHasScheme(list, scheme) == reference::listHasScheme(list, scheme),
+               "is the scheme in the list");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto text = fuzz::textOf(data, size);
+  tryList(text);
   tryLink(text);
   tryLink("screenpop://" + base64Text(text));
   return 0;

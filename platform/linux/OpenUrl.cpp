@@ -9,6 +9,7 @@
 #include "platform/linux/DefaultHandler.h"
 #include "platform/linux/FindProgram.h"
 #include "platform/linux/Host.h"
+#include "platform/linux/PagePolicy.h"
 #include "platform/linux/Scope.h"
 #include "platform/linux/Spawn.h"
 #include "text/Ascii.h"
@@ -49,6 +50,7 @@ bool startOpener(const Command& opener) {
 
 bool openPage(const std::string& url) {
   const std::string scheme = asciiLowerCase(urlScheme(url));
+  if (!permitsPage(kPagePolicy, scheme)) return false;
   const auto handler = findDefaultHandler(scheme, url);
   // The kernel may refuse what a desktop would start, as a script without "#!".
   if (handler && start(handler->application, handler->program, handler->arguments)) return true;

@@ -4,6 +4,8 @@
 #include "app/AppDelegate.h"
 #include "platform/Platform.h"
 #import "platform/macos/Text.h"
+#include "text/SchemeList.h"
+#include "text/UrlText.h"
 
 namespace Vastel_Connect::platform {
 namespace {
@@ -15,6 +17,21 @@ std::string dateText(NSString* pattern) {
     formatter.dateFormat = pattern;
     return utf8Text([formatter stringFromDate:[NSDate date]]).value_or("");
   }
+}
+
+/// Whether the administrator permits pages of a scheme, by the managed setting AllowedSchemes: an
+/// array of texts. Without it all are permitted, and with one that is no array, none.
+bool permitsPage(std::string_view scheme) {
+  NSString* key = @"AllowedSchemes";
+  NSUserDefaults* settings = [NSUserDefaults standardUserDefaults];
+  // What the person sets does not count.
+  if (![settings objectIsForcedForKey:key]) return true;
+  for (id allowed in [settings arrayForKey:key]) {
+    if (![allowed isKindOfClass:[NSString class]]) continue;
+    if (listHasScheme(utf8Text(allowed).value_or(""), scheme)) return true;
+  }
+  NSLog(@"the scheme of a page is not permitted by %@: %@", key, foundationText(scheme));
+  return false;
 }
 
 }  // namespace
@@ -64,7 +81,8 @@ bool openUrl(std::string_view url) {
     NSString* text = foundationText(url);
     NSURL* address = text == nil ? nil : [[NSURL alloc] initWithString:text];
     // A newer parser forms none of some texts that the check takes, as of "http://[".
-    return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
+    return address != nil && permitsPage(urlScheme(url)) &&
+           [[NSWorkspace sharedWorkspace] openURL:address];
   }
 }
 

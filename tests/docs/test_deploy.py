@@ -43,18 +43,25 @@ def test_the_profile_has_the_documented_domains():
     profile = plistlib.loads((POLICIES / "macos.mobileconfig").read_bytes())
     payloads = profile["PayloadContent"]
     assert [payload["PayloadType"] for payload in payloads] == [
-        "com.google.Chrome", "org.chromium.Chromium", "com.microsoft.Edge", "org.mozilla.firefox"]
+        "com.google.Chrome", "org.chromium.Chromium", "com.microsoft.Edge", "org.mozilla.firefox",
+        NAME]
     for payload in payloads:
         assert f"`{payload['PayloadType']}`" in TEXT
+    for payload in payloads[:-1]:
         assert payload["AutoLaunchProtocolsFromOrigins"] == POLICY
-    assert payloads[-1]["EnterprisePoliciesEnabled"] is True
+    assert payloads[-2]["EnterprisePoliciesEnabled"] is True
     assert payloads[2]["DoNotSilentlyBlockProtocolsFromOrigins"] == POLICY
     identities = [profile["PayloadUUID"], *(payload["PayloadUUID"] for payload in payloads)]
-    assert len(set(identities)) == 5
+    assert len(set(identities)) == 6
+    # The schemes of pages, as the file for Linux has them.
+    (schemes,) = re.findall("(?m)^Schemes=(.*);$", settings("Pages"))
+    assert payloads[-1]["AllowedSchemes"] == schemes.split(";")
+    example = (POLICIES / "vastel-connect.conf").read_text(encoding="utf-8")
+    assert re.sub("(?m)^#.*\n", "", example) == settings("Pages")
 
 
 def test_the_page_names_each_file_and_no_other():
-    named = set(re.findall(r"[a-z]+\.(?:json|mobileconfig)(?=`)", TEXT))
+    named = set(re.findall(r"(?<=`)[a-z-]+\.(?:conf|json|mobileconfig)(?=`)", TEXT))
     assert named - {"screenpop.json", "policies.json"} == {path.name for path in POLICIES.iterdir()}
 
 

@@ -111,6 +111,16 @@ static SEL gSelector = nullptr;
 
 @end
 
+@implementation NSUserDefaults (ConnectTest)
+
+/// A setting is managed when CONNECT_TEST_MANAGED names it.
+- (BOOL)objectIsForcedForKey:(NSString*)key {
+  NSDictionary* environment = [NSProcessInfo processInfo].environment;
+  return [key isEqualToString:[environment objectForKey:@"CONNECT_TEST_MANAGED"]];
+}
+
+@end
+
 @implementation NSWorkspace (ConnectTest)
 
 - (BOOL)recorded_openURL:(NSURL*)url {

@@ -184,6 +184,22 @@ def test_opens_a_page_by_the_text_that_it_is(listen):
         assert application.send_event(text_event(link)) == plain(*expect(link).messages)
 
 
+@pytest.mark.parametrize("managed, setting, opened", [
+    ("AllowedSchemes", "(HTTPS, tel)", [PAGE, "tel:1"]),
+    ("AllowedSchemes", "({https=1;}, tel)", ["tel:1"]),
+    ("AllowedSchemes", "()", []),
+    ("AllowedSchemes", "https", []),  # No array.
+    ("", "(tel)", [PAGE, "tel:1", "other:page"]),
+])
+def test_opens_pages_of_permitted_schemes_alone_where_the_setting_is_managed(
+        listen, managed, setting, opened):
+    application = listen("-log", "-AllowedSchemes", setting, CONNECT_TEST_MANAGED=managed)
+    for page in (PAGE, "tel:1", "other:page"):
+        link = page_link(page)
+        assert application.send_event(text_event(link)) == \
+            plain(*expect(link).messages) + ["@open " + page] * (page in opened)
+
+
 def test_tells_of_an_event_before_it_looks_into_it(listen):
     application = listen("-log")
     for event in (None, {}, {"----": {}}, {"---x": {"text": "screenpop:e30="}}):

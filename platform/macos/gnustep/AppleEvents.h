@@ -18,6 +18,10 @@
 - (void)removeEventHandlerForEventClass:(uint32_t)eventClass andEventID:(uint32_t)eventId;
 @end
 
+@interface NSUserDefaults (ConnectDeclarations)
+- (BOOL)objectIsForcedForKey:(NSString*)key;
+@end
+
 @interface NSAppleEventDescriptor (ConnectDeclarations)
 @property(readonly, nullable) NSString* stringValue;
 - (nullable NSAppleEventDescriptor*)paramDescriptorForKeyword:(uint32_t)keyword;
