@@ -62,7 +62,7 @@ int carryOut(const std::vector<std::string>& links, const ActivationToken& token
   int status = EXIT_SUCCESS;
   for (const std::string& link : links) {
     if (deliverUri(link, token)) continue;
-    complain("a page was not opened: no program for it starts");
+    complain("a page was not opened");
     status = EXIT_FAILURE;
   }
   return status;

@@ -312,4 +312,4 @@ def test_without_a_bus_launch_links_are_opened_and_no_other_can_arrive(new_deskt
     # One of which nothing shows the page.
     desktop.install_handler(command="/nowhere %u")
     assert desktop.run(LINK, PATH="/nowhere") == (
-        golden("banner"), "vastel-connect: a page was not opened: no program for it starts\n", 1)
+        golden("banner"), "vastel-connect: a page was not opened\n", 1)
