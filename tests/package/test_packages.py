@@ -25,8 +25,9 @@ FILES = {
     "share/bash-completion/completions/vastel-connect",
     f"share/dbus-1/services/{NAME}.service",
     *(f"share/doc/vastel-connect/{name}" for name in (
-        "clients.md", "deploy.md", "examples/chromium.json", "examples/firefox.json", "links.html",
-        "links.md", "pictures/terminal.svg", "troubleshooting.md")),
+        "clients.md", "deploy.md", "examples/chromium.json", "examples/firefox.json",
+        "examples/vastel-connect.conf", "links.html", "links.md", "pictures/terminal.svg",
+        "troubleshooting.md")),
     "share/fish/vendor_completions.d/vastel-connect.fish",
     f"share/icons/hicolor/scalable/apps/{NAME}.svg",
     "share/man/man1/vastel-connect.1",
