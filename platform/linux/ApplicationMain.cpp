@@ -1,4 +1,4 @@
-// Drives the delegate through its life in the order that the platform keeps: will-finish, launch
+// Drives the delegate through its life in the order that macOS keeps: will-finish, launch
 // links, did-finish, links, will-terminate.
 #include "platform/linux/ApplicationMain.h"
 

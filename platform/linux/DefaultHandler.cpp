@@ -1,4 +1,4 @@
-// The default handler of a URL scheme, where the answer is plain. The rules for desktop entries are
+// The default handler of a URL scheme, where it is certain. The rules for desktop entries are
 // those of the freedesktop document 1.5, as GIO carries them out; every doubt is left to the
 // desktop's own openers.
 #include "platform/linux/DefaultHandler.h"
@@ -92,7 +92,7 @@ bool isSandboxed() {
 struct Choice {
   /// False when none of them is there: the next list decides.
   bool isMade = true;
-  /// Absent when the answer is not plain.
+  /// Absent when the answer is not certain.
   std::optional<DefaultHandler> handler;
 };
 

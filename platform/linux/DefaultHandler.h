@@ -19,7 +19,7 @@ struct DefaultHandler {
 
 /// Finds the default handler of `scheme` (lower case) by the freedesktop rules for MIME
 /// applications and desktop entries, and puts `url` where its command line wants it. Absent
-/// wherever the answer is not plain, or KDE's rules may give another one there: then an opener of
+/// wherever it is not certain, or KDE's rules may give another one there: then an opener of
 /// the desktop's is to be asked, which knows all the rules.
 [[nodiscard]] std::optional<DefaultHandler> findDefaultHandler(std::string_view scheme,
                                                                std::string_view url);

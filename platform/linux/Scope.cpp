@@ -12,7 +12,7 @@ namespace {
 std::string escapeForUnitName(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
-    const bool plain = isAsciiLetter(c) || isAsciiDigit(c) || c == '_' || c == '.' || c == ':';
+    const bool plain = isAsciiAlphanumeric(c) || c == '_' || c == '.' || c == ':';
     if (plain) {
       escaped += c;
     } else {
