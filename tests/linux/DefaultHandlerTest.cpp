@@ -11,6 +11,7 @@
 namespace Vastel_Connect {
 namespace {
 
+constexpr const char* kChoices = "config/mimeapps.list";
 constexpr std::string_view kUrl = "http://127.0.0.1/?a='b'&c=\"$(d)\"";
 
 /// A desktop of a user whose default handler of http is the application "alpha".
@@ -72,31 +73,16 @@ class DefaultHandlerOfHttp : public testing::Test {
     return result;
   }
 
-  // Some readers would wait for a writer, read for ever, or stop there.
-  void expectNotPlainWithHostile(std::string_view name) {
-    ASSERT_TRUE(isPlain());
-    const std::string path = folder.write(name, "");
-    std::filesystem::remove(path);
-
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    EXPECT_FALSE(isPlain()) << "FIFO " << path;
-    std::filesystem::remove(path);
-    std::filesystem::create_directory(path);
-    EXPECT_FALSE(isPlain()) << "folder " << path;
-    std::filesystem::remove(path);
-    for (const std::string& target : {path, std::string("/dev/zero")}) {
-      std::filesystem::create_symlink(target, path);
-      EXPECT_FALSE(isPlain()) << target << " for " << path;
-      std::filesystem::remove(path);
-    }
-    folder.write(name, "[Desktop Entry]\nType=Application\nName=" + std::string(1 << 20, 'x'));
-    EXPECT_FALSE(isPlain()) << "huge " << path;
-    folder.write(name,
-                 "\x7f"
-                 "ELF\x02\x01\x01");
-    EXPECT_FALSE(isPlain()) << "binary " << path;
-
-    std::filesystem::remove(path);
+  void expectNotPlainWithHostile(const std::string& name) {
+    ASSERT_TRUE(isPlain()) << name;
+    EXPECT_FALSE(isPlainWith({{name,
+                               "\x7f"
+                               "ELF\x02\x01\x01"}}))
+        << name;
+    // A reader that waits for a writer would stop here.
+    ASSERT_EQ(::mkfifo(folder.path(name).c_str(), 0600), 0);
+    EXPECT_FALSE(isPlain()) << name;
+    std::filesystem::remove(folder.path(name));
   }
 
   PrivateFolder folder;
@@ -207,30 +193,21 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainInAnUnusualEnvironment) {
   EXPECT_TRUE(isPlain());
 }
 
+/// The line of a list for one scheme, in a group of its own.
+std::string list(const std::string& line, const std::string& group = "Default Applications") {
+  return "[" + group + "]\nx-scheme-handler/" + line + "\n";
+}
+
 TEST_F(DefaultHandlerOfHttp, IsReadFromTheListsOfItsSchemeAlone) {
-  const auto chosen = [](const std::string& scheme, const std::string& ids = "alpha.desktop;") {
-    return "[Default Applications]\nx-scheme-handler/" + scheme + "=" + ids;
-  };
-  const std::string cache = "[MIME Cache]\nx-scheme-handler/http=alpha.desktop;\n";
-  const std::string longest(16384 - std::string("alpha.desktop;").size(), ';');
-  const struct {
-    Files files;
-    std::string_view scheme;
-    bool isPlain;
-  } rows[] = {
-      {{}, "https", false},
-      {{}, "htt", false},
-      {{}, "", false},
-      // The handler of a file is that of its type.
-      {{{"config/mimeapps.list", chosen("file")}}, "file", false},
-      {{{"config/mimeapps.list", chosen("http") + longest}}, "http", true},
-      {{{"config/mimeapps.list", chosen("http") + longest + ";"}}, "http", false},
-      {{{"config/mimeapps.list", ""}, {"config/mimeinfo.cache", cache}}, "http", false},
-      {{{"config/mimeapps.list", ""}, {"share/applications/mimeinfo.cache", cache}}, "http", true},
-  };
-  for (const auto& [files, scheme, expected] : rows) {
-    EXPECT_EQ(isPlainWith(files, scheme), expected) << scheme << testing::PrintToString(files);
-  }
+  for (const char* scheme : {"https", "htt", ""}) EXPECT_FALSE(isPlain(scheme)) << scheme;
+  // The handler of a file is that of its type.
+  EXPECT_FALSE(isPlainWith({{kChoices, list("file=alpha.desktop")}}, "file"));
+  const std::string longest = "http=alpha.desktop" + std::string(16384 - 13, ';');
+  EXPECT_TRUE(isPlainWith({{kChoices, list(longest)}}));
+  EXPECT_FALSE(isPlainWith({{kChoices, list(longest + ";")}}));
+  const std::string cache = list("http=alpha.desktop;", "MIME Cache");
+  EXPECT_TRUE(isPlainWith({{kChoices, ""}, {"share/applications/mimeinfo.cache", cache}}));
+  EXPECT_FALSE(isPlainWith({{kChoices, ""}, {"config/mimeinfo.cache", cache}}));
 }
 
 TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAnUnusualName) {
@@ -268,30 +245,22 @@ TEST_F(DefaultHandlerOfHttp, IsNotPlainWhereItCouldStandInASubfolder) {
   }
 }
 
-TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileFile) {
-  const std::string_view names[] = {
-      "config/made-mimeapps.list",       "etc/mimeapps.list",
-      "data/applications/mimeapps.list", "share/applications/defaults.list",
-      "data/applications/alpha.desktop", "config/mimeapps.list",
-  };
+TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileFileBeforeTheFirstChoice) {
   environment.set("XDG_CURRENT_DESKTOP", "Made");
   // The last of those that choose, so that all are read.
-  std::filesystem::rename(folder.path("config/mimeapps.list"),
-                          folder.path("share/applications/mimeapps.list"));
-  for (const std::string_view name : names) expectNotPlainWithHostile(name);
-}
-
-TEST_F(DefaultHandlerOfHttp, IsNotPlainWithAHostileListOfTypes) {
-  folder.write("config/mimeapps.list",
-               "[Added Associations]\nx-scheme-handler/http=alpha.desktop;\n");
+  std::filesystem::rename(folder.path(kChoices), folder.path("share/applications/mimeapps.list"));
+  for (const char* name :
+       {"config/made-mimeapps.list", "etc/mimeapps.list", "data/applications/mimeapps.list",
+        "share/applications/defaults.list", "data/applications/alpha.desktop", kChoices}) {
+    expectNotPlainWithHostile(name);
+  }
+  folder.write("share/applications/mimeapps.list",
+               list("http=alpha.desktop", "Added Associations"));
   expectNotPlainWithHostile("share/applications/mimeinfo.cache");
-}
 
-TEST_F(DefaultHandlerOfHttp, IsThatOfTheFirstChoiceWhateverIsBehindIt) {
+  folder.write(kChoices, list("http=alpha.desktop"));
   for (const char* name : {"etc/mimeapps.list", "share/applications/mimeinfo.cache"}) {
-    const std::string path = folder.write(name, "");
-    std::filesystem::remove(path);
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo(folder.path(name).c_str(), 0600), 0);
   }
   EXPECT_TRUE(isPlain());
 }
@@ -299,58 +268,41 @@ TEST_F(DefaultHandlerOfHttp, IsThatOfTheFirstChoiceWhateverIsBehindIt) {
 // On KDE an answer is plain only where its own opener gives the same one.
 TEST_F(DefaultHandlerOfHttp, IsPlainOnKdeWhereItsRulesGiveItToo) {
   environment.set("XDG_CURRENT_DESKTOP", "KDE");
-  const auto list = [](const std::string& line, const std::string& group = "Default Applications") {
-    return "[" + group + "]\nx-scheme-handler/" + line + "\n";
-  };
   const std::string choices =
       list("http=alpha.desktop;") + list("https=alpha.desktop;") + list("tel=alpha.desktop;");
-  folder.write("config/mimeapps.list", choices);
-  const std::string beta = "[Desktop Entry]\nType=Application\nName=B\nExec=one %u\n";
+  folder.write(kChoices, choices);
+  for (const char* scheme : {"http", "https", "tel"}) EXPECT_TRUE(isPlain(scheme)) << scheme;
+
+  // It takes the handler of https for http.
+  const std::pair beta(kChoices, choices + list("https=beta.desktop;"));
+  const std::pair entry("share/applications/beta.desktop",
+                        "[Desktop Entry]\nType=Application\nName=B\nExec=one %u\n");
+  EXPECT_FALSE(isPlainWith({beta}, "http"));
+  EXPECT_FALSE(isPlainWith({beta, entry}, "http"));
+  EXPECT_TRUE(isPlainWith({beta, entry}, "https"));
+
+  // It does not read these files.
+  const Files ofKde = {{"config/kde-mimeapps.list", list("tel=beta.desktop;")}};
+  EXPECT_TRUE(isPlainWith(ofKde, "https"));
+  EXPECT_FALSE(isPlainWith(ofKde, "tel"));
+  EXPECT_FALSE(isPlainWith({{kChoices, ""}, {"share/applications/defaults.list", choices}}, "tel"));
+
+  // What is added or removed has a say.
   const std::string added = list("tel=beta.desktop;", "Added Associations");
-  const struct {
-    Files files;
-    std::string_view scheme;
-    bool isPlain;
-  } rows[] = {
-      {{}, "http", true},
-      {{}, "https", true},
-      {{}, "tel", true},
-      // It takes the handler of https for http.
-      {{{"config/mimeapps.list", choices + list("https=beta.desktop;")}}, "http", false},
-      {{{"config/mimeapps.list", choices + list("https=beta.desktop;")},
-        {"share/applications/beta.desktop", beta}},
-       "http",
-       false},
-      {{{"config/mimeapps.list", choices + list("https=beta.desktop;")},
-        {"share/applications/beta.desktop", beta}},
-       "https",
-       true},
-      // It does not read these files.
-      {{{"config/kde-mimeapps.list", list("tel=beta.desktop;")}}, "https", true},
-      {{{"config/kde-mimeapps.list", list("tel=beta.desktop;")}}, "tel", false},
-      {{{"config/mimeapps.list", ""},
-        {"share/applications/defaults.list", list("https=alpha.desktop;")}},
-       "https",
-       false},
-      // What is added or removed has a say.
-      {{{"config/mimeapps.list", choices + added}}, "tel", true},
-      {{{"config/mimeapps.list", choices + list("tel=beta.desktop;", "Removed Associations")}},
-       "tel",
-       false},
-      {{{"config/mimeapps.list", ""}, {"etc/mimeapps.list", choices}}, "tel", true},
-      {{{"config/mimeapps.list", added}, {"etc/mimeapps.list", choices}}, "tel", false},
-      // Where nobody has chosen, or what is chosen is gone, it has an order of its own.
-      {{{"share/applications/mimeinfo.cache", list("sip=alpha.desktop;", "MIME Cache")}},
-       "sip",
-       false},
-      {{{"config/mimeapps.list", list("tel=gone.desktop;alpha.desktop;")}}, "tel", false},
-      // It may be told not to open some URLs.
-      {{{"config/kdeglobals", "[A][B]\n# \xff\nKDE URL Restrictions=1\n"}}, "tel", true},
-      {{{"etc/kdeglobals", "[A][B]\n\n[KDE URL Restrictions][$i]\n"}}, "tel", false},
-  };
-  for (const auto& [files, scheme, expected] : rows) {
-    EXPECT_EQ(isPlainWith(files, scheme), expected) << scheme << testing::PrintToString(files);
-  }
+  const std::string removed = list("tel=beta.desktop;", "Removed Associations");
+  EXPECT_TRUE(isPlainWith({{kChoices, choices + added}}, "tel"));
+  EXPECT_FALSE(isPlainWith({{kChoices, choices + removed}}, "tel"));
+  EXPECT_TRUE(isPlainWith({{kChoices, ""}, {"etc/mimeapps.list", choices}}, "tel"));
+  EXPECT_FALSE(isPlainWith({{kChoices, added}, {"etc/mimeapps.list", choices}}, "tel"));
+
+  // Where nobody has chosen, or what is chosen is gone, it has an order of its own.
+  EXPECT_FALSE(isPlainWith(
+      {{"share/applications/mimeinfo.cache", list("sip=alpha.desktop;", "MIME Cache")}}, "sip"));
+  EXPECT_FALSE(isPlainWith({{kChoices, list("tel=gone.desktop;alpha.desktop;")}}, "tel"));
+
+  // It may be told not to open some URLs.
+  EXPECT_TRUE(isPlainWith({{"config/kdeglobals", "[A][B]\n#\xff\nKDE URL Restrictions=1\n"}}));
+  EXPECT_FALSE(isPlainWith({{"etc/kdeglobals", "[A][B]\n[KDE URL Restrictions][$i]\n"}}));
 }
 
 TEST(IsKde, ByAnyNameOfTheDesktop) {

@@ -3,8 +3,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/fsuid.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -89,27 +87,10 @@ TEST_F(KeyFileOnDisk, HoldsNoKeysWhereThereIsNoFile) {
   }
 }
 
-TEST_F(KeyFileOnDisk, ReadsThroughALink) {
-  folder.write("target", "[group]\nkey=value\n");
-  std::filesystem::create_symlink("target", folder.path("link"));
-  EXPECT_EQ(KeyFile::read(folder.path("link"))->value("group", "key"), "value");
-}
-
 TEST_F(KeyFileOnDisk, KeepsItsTextWhenItIsMoved) {
   auto file = read("[g]\nk=v\n");
   const KeyFile moved = std::move(*file);
   EXPECT_EQ(moved.value("g", "k"), "v");
-}
-
-// A FIFO without a writer would block whoever opens it in the usual way.
-TEST_F(KeyFileOnDisk, RefusesWhatIsNoRegularFile) {
-  ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
-  std::filesystem::create_directory(folder.path("folder"));
-  std::filesystem::create_symlink("loop", folder.path("loop"));
-  for (const std::string& path : {folder.path("fifo"), folder.path("folder"), folder.path("loop"),
-                                  std::string("/dev/zero"), std::string("/dev/null")}) {
-    EXPECT_FALSE(KeyFile::read(path)) << path;
-  }
 }
 
 // The first terminal that the leader of a session opens in the usual way may hang it up later.
@@ -127,23 +108,6 @@ TEST_F(KeyFileOnDisk, MakesNoTerminalItsOwn) {
   EXPECT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
   ::close(terminal);
-}
-
-TEST_F(KeyFileOnDisk, RefusesAFileThatItMayNotRead) {
-  const std::string path = folder.write("file", "[group]\n");
-  ::chmod(path.c_str(), 0);
-  // Root may read everything, so it looks with the eyes of nobody.
-  constexpr uid_t kNobody = 65534;
-  if (::geteuid() == 0) ::setfsuid(kNobody);
-  EXPECT_FALSE(KeyFile::read(path));
-  ::setfsuid(::geteuid());
-}
-
-TEST_F(KeyFileOnDisk, RefusesATextOfMoreThanAMebibyte) {
-  const std::string start = "[group]\nkey=";
-  const std::string longest((std::size_t{1} << 20) - start.size(), 'x');
-  EXPECT_EQ(valueIn(start + longest), longest);
-  EXPECT_EQ(valueIn(start + longest + "x"), "refused");
 }
 
 TEST(IsPlainValue, IsTrueForCharactersThatStandForThemselvesEverywhere) {
