@@ -112,6 +112,10 @@ class Desktop(contextlib.ExitStack):
         # The kernel's list may lack one while another ends.
         while found := set(children("self")) - known:
             for pid in found:
+                # A program that the bus was still starting had no name by which it would be ended.
+                if is_program(pid):
+                    os.kill(pid, signal.SIGTERM)
+                wait_for_end(pid)
                 os.waitpid(pid, 0)
 
     def start(self, *arguments, **options):
