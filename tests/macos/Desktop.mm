@@ -201,12 +201,6 @@ static void sendEvent(NSString* json) {
   record([NSString stringWithFormat:@"window %@", [[delegate window] isVisible] ? @"shown"
                                                   : [delegate window]           ? @"hidden"
                                                                                 : @"missing"]);
-  NSDictionary* registered =
-      [[NSUserDefaults standardUserDefaults] volatileDomainForName:NSRegistrationDomain];
-  id unknown = [registered objectForKey:@"NSTreatUnknownArgumentsAsOpen"];
-  record([NSString stringWithFormat:@"unknown arguments as open: %@ %@",
-                                    [unknown isKindOfClass:[NSString class]] ? @"text" : @"other",
-                                    unknown]);
   NSString* event =
       [[NSProcessInfo processInfo].environment objectForKey:@"CONNECT_TEST_LAUNCH_EVENT"];
   if (event) sendEvent(event);

@@ -42,7 +42,7 @@ TEST(Utf8Text, IsAbsentForNilOnly) {
   EXPECT_EQ(utf8Text(@""), "");
 }
 
-TEST(Utf8Text, ReplacesASurrogateWithoutItsOtherHalf) {
+TEST(Utf8Text, KeepsAllButASurrogateWithoutItsOtherHalf) {
   constexpr const char* kReplacement = "\xEF\xBF\xBD";
   const struct {
     std::vector<unichar> units;
@@ -58,16 +58,11 @@ TEST(Utf8Text, ReplacesASurrogateWithoutItsOtherHalf) {
       {{0xD800, 0xDC00}, "\xF0\x90\x80\x80"},
       {{0xDBFF, 0xDFFF}, "\xF4\x8F\xBF\xBF"},
       {{0xD7FF, 0xE000}, "\xED\x9F\xBF\xEE\x80\x80"},
+      {{'a', 0, 'b'}, std::string("a\0b", 3)},
+      {{0xFEFF}, "\xEF\xBB\xBF"},
+      {{0xFFFE, 0xFFFF}, "\xEF\xBF\xBE\xEF\xBF\xBF"},
   };
   for (const auto& [units, text] : rows) EXPECT_EQ(utf8Of(units), text);
-}
-
-TEST(Utf8Text, KeepsNulAndByteOrderMark) {
-  EXPECT_EQ(utf8Of({'a', 0, 'b'}), std::string("a\0b", 3));
-  EXPECT_EQ(utf8Of({0}), std::string(1, '\0'));
-  EXPECT_EQ(utf8Of({0xFEFF, 'a'}), "\xEF\xBB\xBF"
-                                   "a");
-  EXPECT_EQ(utf8Of({0xFFFE, 0xFFFF}), "\xEF\xBF\xBE\xEF\xBF\xBF");
 }
 
 TEST(FoundationText, IsNilForWhatIsNotUtf8) {

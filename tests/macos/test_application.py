@@ -24,7 +24,6 @@ LAUNCHED = [
     "applicationWillTerminate: UriEventHandlerWithEvent:withReplyEvent: init "
     "applicationSupportsSecureRestorableState: .cxx_destruct .cxx_construct",
     "@window hidden",
-    "@unknown arguments as open: text NO",
 ]
 ENDED_BY_ITSELF = ["@terminate, sender AppDelegate", REMOVE_HANDLER]
 ENDED_BY_SYSTEM = ["@terminate, sender (null)", REMOVE_HANDLER]
