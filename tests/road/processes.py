@@ -34,6 +34,7 @@ class Result(NamedTuple):
     status: int
 
 
+END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 # A process that had nothing to say and did what it should.
 SILENCE = Result("", "", 0)
 

@@ -9,9 +9,8 @@ import types
 from random import Random
 
 from model import expect, fatal_link, fits_command_line, random_link
-from processes import SILENCE, log_message, wait_for_end
+from processes import END_SIGNALS, SILENCE, log_message, wait_for_end
 
-END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 MOST_LISTENERS = 5
 # The kinds of steps, as often as they are taken.
 STEPS = [*["follow"] * 15, *["take_over"] * 3, *["end"] * 2, "end_with_queue",

@@ -6,6 +6,7 @@ import signal
 from random import Random
 
 from model import page_link
+from processes import END_SIGNALS
 from road import BUSY
 
 TAKEN, REFUSED, UNKNOWN = "taken, and opened once", "refused, and not opened", "sender ended"
@@ -71,7 +72,7 @@ class Stalls:
             pass
 
     def _end(self, listener, _):
-        listener.end(self._random.choice([signal.SIGINT, signal.SIGTERM, signal.SIGHUP]))
+        listener.end(self._random.choice(END_SIGNALS))
 
     def _kill(self, listener, stuck):
         listener.send(signal.SIGKILL)

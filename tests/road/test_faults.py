@@ -93,12 +93,6 @@ def test_a_link_waits_for_a_program_whose_log_reader_is_stuck(desktop, listener,
     assert desktop.opened_all(2) == [PAGE, PAGE]
 
 
-def test_a_link_that_waits_for_a_program_which_is_killed_goes_to_the_next(desktop, listener, stuck):
-    listener.send(signal.SIGKILL)
-    assert stuck.finish() == SILENCE
-    assert desktop.opened() == PAGE
-
-
 def test_a_link_whose_sender_is_ended_while_it_waits_is_opened_once(desktop, listener, stuck):
     assert stuck.end() == ("", "", -signal.SIGTERM)
     listener.expect_log(STUCK, LINK)

@@ -12,11 +12,9 @@ from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, PROGRAM
 from model import page_link
-from processes import SILENCE, golden
+from processes import END_SIGNALS, SILENCE, golden
 from road import BUS_BUSY, BUSY, LINK, PAGE, bulky_link
 from test_attacks import RawSender
-
-ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 
 # The bus.
@@ -193,7 +191,7 @@ def test_an_alarm_that_nobody_here_has_set_costs_no_line(desktop, listener):
     desktop.expect_link(listener)
 
 
-@pytest.mark.parametrize("number", ENDING)
+@pytest.mark.parametrize("number", END_SIGNALS)
 def test_a_signal_that_was_ignored_at_the_start_stays_ignored(desktop, number):
     process = desktop.spawn("env", f"--ignore-signal={number}", PROGRAM, "-log")
     process.banner()

@@ -16,12 +16,11 @@ import pytest
 
 from desktop import PROGRAM
 from model import page_link
-from processes import LIMIT, PRINTING, SILENCE, golden, log_message, messages_of
+from processes import END_SIGNALS, LIMIT, PRINTING, SILENCE, golden, log_message, messages_of
 from road import FATAL, LINK, PAGE, pages
 
 # By the names of the texts that they print.
 TEXTS = {switch[1:]: switch for switch in PRINTING}
-END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 NO_BUS = "vastel-connect: no session bus, so no link can arrive\n"
 # A page with what a log line has to treat with care. It forms no URL, so nothing is opened.
 ODD_PAGE = ("a \"quoted\"\\\nline\tof \u0001 K\u00f6ln \u2603 \U0001f4de </b>\u2028\x85\0\x1b]0;x\x07\x7f"
