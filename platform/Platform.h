@@ -32,8 +32,8 @@ void terminate();
 
 /// Opens a text that forms a URL and has a scheme (text/UrlText.h), as the record has it, with the
 /// user's default handler for that scheme, and does not wait for it. The handler gets the text of
-/// the URL (urlText). True: something was started, which says nothing about the page. False: nothing
-/// was.
+/// the URL (urlText). True: something was started, which says nothing about the page. False:
+/// nothing was.
 bool openUrl(std::string_view page);
 
 /// Writes `line` and a line feed to standard output at once, in one piece. Errors are ignored. Any
