@@ -60,7 +60,7 @@ def follow_link(stage):
         while LINK not in call:
             call += monitor.output.next()
     (link,) = re.findall('STRING "(.*)"', call)
-    to = {name: re.search(f"{name}=(\\S+)", call)[1] for name in ("Destination", "Path", "Member")}
+    to = {name: re.search(f"{name}=(\\S+)", call)[1] for name in ("Interface", "Path", "Member")}
     handler = " ".join([os.path.basename(page.program), *page.arguments])
     return lines, (to, link), handler
 
@@ -97,7 +97,7 @@ def road_picture(lines, call, handler):
     steps = [
         ("The web client has a record", [record], "base64"),
         ("and makes a link of it", [LINK], "a click, and the desktop's opener"),
-        (f"The session bus calls {to['Member']} of {to['Destination']} at {to['Path']}", [link],
+        (f"The session bus calls {to['Member']} of {to['Interface']} at {to['Path']}", [link],
          "the program is started if need be"),
         ("vastel-connect", [line for line in lines if line.startswith("Log ")],
          "the default handler of the page's scheme"),
