@@ -28,9 +28,12 @@ def test_a_random_session_accounts_for_each_link(new_desktop):
         random = Random(secrets.randbits(32) if SOAK else sessions)
         # Each has a seed of its own: whoever looks for a fault may leave steps out.
         steps = [(random.choice(STEPS), random.randrange(1000)) for _ in range(100)]
-        print(f"\nsession {sessions}: {steps}")
         session = Session(new_desktop(service=SERVICE + " -log"))
-        session.run(steps)
+        try:
+            session.run(steps)
+        except BaseException:
+            print(f"\nthe steps are {steps}")
+            raise
         fates += session.fates
     print_counts(f"{sessions} sessions in {time.monotonic() - start:.0f} s", fates)
 
