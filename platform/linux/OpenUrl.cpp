@@ -33,8 +33,8 @@ std::vector<Command> openersFor(const std::string& scheme, const std::string& ur
   // By its name: xdg-open does not know each version of KDE, and then opens nothing.
   std::vector<Command> kde = {{"kde-open", url}, {"kde-open5", url}};
   if (scheme == "file") {
-    // It opens a file by its type. The others run a local desktop entry, or follow the URL in it,
-    // which may be a link to this program: that would go on for ever.
+    // gio opens a file by its type. Others run the program of a local desktop entry, or follow the
+    // URL in it, which may be the link whose page it is: that would go on for ever.
     return kdeRestrictsUrls() ? std::vector<Command>() : std::vector<Command>{gio};
   }
   if (kdeRestrictsUrls()) return kde;

@@ -8,58 +8,38 @@
 namespace Vastel_Connect {
 namespace {
 
-TEST(TokenText, IsPrintableAscii) {
-  for (const std::string text : {"a", "!", "~", "gnome-shell/app/1-2_TIME3", "a=b;c\\d'\"$(e)"}) {
+TEST(TokenText, IsPrintableAsciiOfALimitedLength) {
+  const std::string longest(kTokenLengthLimit, 'x');
+  for (const std::string& text : {std::string("!"), std::string("~"), longest,
+                                  std::string("gnome-shell/app/1-2_TIME3;c\\d'\"$(e)")}) {
     EXPECT_EQ(tokenText(text), text);
   }
-}
-
-TEST(TokenText, IsNothingElse) {
-  for (const std::string_view text :
-       {"", " ", "a b", "a\n", "\ta", "a\x7f", "\x1b[0m", "\xc3\xbc"}) {
+  for (const std::string& text : {std::string(), std::string("a b"), std::string("a\n"),
+                                  std::string("\ta"), std::string("a\x7f"), std::string("\x1b[0m"),
+                                  std::string("\xc3\xbc"), std::string("a\0b", 3), longest + "x"}) {
     EXPECT_EQ(tokenText(text), std::nullopt) << text;
   }
-  EXPECT_EQ(tokenText(std::string_view("a\0b", 3)), std::nullopt);
 }
 
-TEST(TokenText, HasALimit) {
-  const std::string longest(kTokenLengthLimit, 'x');
-  EXPECT_EQ(tokenText(longest), longest);
-  EXPECT_EQ(tokenText(longest + "x"), std::nullopt);
-}
-
-class TokenOfTheEnvironment : public testing::Test {
- protected:
-  ActivationToken take(const std::optional<std::string>& activationToken,
-                       const std::optional<std::string>& startupId) {
-    environment_.set("XDG_ACTIVATION_TOKEN", activationToken);
-    environment_.set("DESKTOP_STARTUP_ID", startupId);
-    return takeActivationTokenFromEnvironment();
+TEST(TakeActivationToken, TakesThemOutOfTheEnvironment) {
+  using Value = std::optional<std::string>;
+  for (const auto& [value, token] : {std::pair(Value("id_TIME1"), Value("id_TIME1")),
+                                     {"to ken", std::nullopt},
+                                     {"", std::nullopt},
+                                     {std::nullopt, std::nullopt}}) {
+    ScopedEnvironment environment;
+    environment.set("XDG_ACTIVATION_TOKEN", value);
+    environment.set("DESKTOP_STARTUP_ID", "id");
+    const ActivationToken first = takeActivationTokenFromEnvironment();
+    EXPECT_EQ(first.activationToken, token);
+    EXPECT_EQ(first.startupId, "id");
+    environment.set("DESKTOP_STARTUP_ID", value);
+    const ActivationToken second = takeActivationTokenFromEnvironment();
+    EXPECT_EQ(second.activationToken, std::nullopt);
+    EXPECT_EQ(second.startupId, token);
+    EXPECT_EQ(std::getenv("XDG_ACTIVATION_TOKEN"), nullptr);
+    EXPECT_EQ(std::getenv("DESKTOP_STARTUP_ID"), nullptr);
   }
-
- private:
-  ScopedEnvironment environment_;
-};
-
-TEST_F(TokenOfTheEnvironment, IsTaken) {
-  const ActivationToken token = take("token", "id_TIME1");
-  EXPECT_EQ(token.activationToken, "token");
-  EXPECT_EQ(token.startupId, "id_TIME1");
-}
-
-TEST_F(TokenOfTheEnvironment, IsNotLeftThere) {
-  for (const char* text : {"token", "not a token", ""}) {
-    static_cast<void>(take(text, text));
-    EXPECT_EQ(std::getenv("XDG_ACTIVATION_TOKEN"), nullptr) << text;
-    EXPECT_EQ(std::getenv("DESKTOP_STARTUP_ID"), nullptr) << text;
-  }
-}
-
-TEST_F(TokenOfTheEnvironment, IsAbsentWhereItIsNotSetOrNoToken) {
-  EXPECT_EQ(take(std::nullopt, "id").activationToken, std::nullopt);
-  EXPECT_EQ(take("token", std::nullopt).startupId, std::nullopt);
-  EXPECT_EQ(take("to ken", "id").activationToken, std::nullopt);
-  EXPECT_EQ(take("token", "").startupId, std::nullopt);
 }
 
 }  // namespace
