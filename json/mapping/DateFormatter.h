@@ -16,10 +16,10 @@ namespace Vastel_Connect {
 /// counts the years before its introduction. Any thread.
 ///
 /// Reading is strict: each field has exactly the digits that it is written with and is in its
-/// range, and the day exists. On purpose, both offset fields read each of Z, z, GMT, +01:00 and
-/// +0100, and blanks may precede an offset and the whole text, if its pattern begins with a field.
-/// On purpose, too, nothing may follow the text, though a reader that takes the longest beginning
-/// would find a date in it.
+/// range, and the day exists. On purpose, as Foundation reads what others have written, both offset
+/// fields read each of Z, z, GMT, +01:00 and +0100, and blanks may precede an offset and the whole
+/// text, if its pattern begins with a field. On purpose, too, nothing may follow the text, though
+/// Foundation finds a date at its beginning: half of what was meant is worse than none.
 ///
 /// What a pattern does not name is that of 2000-01-01, 00:00:00. Without an offset, the text means
 /// the default zone's time.
