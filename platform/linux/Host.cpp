@@ -26,6 +26,7 @@ bool deliverUri(std::string_view uri, const ActivationToken& token) {
     host().delegate->UriEventHandlerWithEvent(event);
   } catch (const std::exception&) {
     complain("out of memory: a link may not have been opened");
+    return false;
   }
   return !host().hasFailed;
 }

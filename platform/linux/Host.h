@@ -36,7 +36,7 @@ struct Host {
 
 /// Gives one URI to the delegate as an event, and lends `token` to the page that it opens. Nothing
 /// happens while no handler is set. A lack of memory costs this link alone, and is said on standard
-/// error. False: there was no program for its page.
+/// error. False: that, or there was no program for its page.
 bool deliverUri(std::string_view uri, const ActivationToken& token);
 
 /// Writes one line of the host's own to standard error, or what fits into one. Asks for no memory.
