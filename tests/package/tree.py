@@ -23,20 +23,21 @@ AGENT = 1000
 HOME = "/home/agent"
 RUNTIME = f"/run/user/{AGENT}"
 
-RECORDER = f"""#!/bin/sh
+# A default handler of pages that tells of each, and stays for one that ends in #stay.
+HANDLER = f"""
+cd {HOME}
+mkdir -p .config .local/share/applications
+mkfifo --mode=666 pages end
+cat > record << 'END'
+#!/bin/sh
 echo "$$ $*" > {HOME}/pages
-case $* in
-  *#stay) read -r end < {HOME}/end ;;
-esac
-"""
-ENTRY = f"""[Desktop Entry]
-Type=Application
-Name=Records pages
-Exec={HOME}/record %u
-"""
-CHOICES = """[Default Applications]
-x-scheme-handler/http=record.desktop
-x-scheme-handler/https=record.desktop
+case $* in *#stay) read -r end < {HOME}/end ;; esac
+END
+chmod +x record
+printf '%s\\n' '[Desktop Entry]' Type=Application Name=Record 'Exec={HOME}/record %u' \\
+  > .local/share/applications/record.desktop
+printf '%s\\n' '[Default Applications]' x-scheme-handler/http{{,s}}=record.desktop \\
+  > .config/mimeapps.list
 """
 
 
@@ -63,7 +64,9 @@ class Tree(contextlib.ExitStack):
                     pytest.skip("This machine refuses namespaces, or control groups")
                 raise
             (self.first,) = children(self._starter.pid)
-            self._make_handler()
+            self.run("bash", "-ec", HANDLER, agent=True)
+            # Open for writing, too, it never ends.
+            self._pages = Lines(open(self.path(HOME + "/pages"), "r+b", buffering=0))
             self.push(on_failure.pop_all())
 
     def path(self, name):
@@ -108,9 +111,7 @@ class Tree(contextlib.ExitStack):
 
     def runs_installed(self, pid):
         """Whether a process runs the program that is installed, and not one that was replaced."""
-        files = self.run("stat", "--dereference", "--format=%d %i", f"/proc/{pid}/exe",
-                         "/usr/bin/vastel-connect")
-        return len(set(files.splitlines())) == 1
+        return self.run("readlink", f"/proc/{pid}/exe") == "/usr/bin/vastel-connect\n"
 
     # Packages.
 
@@ -167,17 +168,6 @@ class Tree(contextlib.ExitStack):
         return ["nsenter", f"--target={self.first}", *self._enter, "--mount", "--pid", "--root",
                 "--wd", *user, "env", "-i", *(f"{name}={value}" for name, value in
                                               variables.items()), *command]
-
-    def _make_handler(self):
-        """A default handler of pages that tells of each, and stays for one that ends in #stay."""
-        self.run("mkdir", "-p", HOME + "/.config", HOME + "/.local/share/applications", agent=True)
-        self.run("mkfifo", "--mode=666", HOME + "/pages", HOME + "/end", agent=True)
-        self.write(HOME + "/record", RECORDER.encode())
-        self.run("chmod", "+x", HOME + "/record")
-        self.write(HOME + "/.local/share/applications/record.desktop", ENTRY.encode())
-        self.write(HOME + "/.config/mimeapps.list", CHOICES.encode())
-        # Open for writing, too, it never ends.
-        self._pages = Lines(open(self.path(HOME + "/pages"), "r+b", buffering=0))
 
     def _stop(self):
         # The first process of the tree ends with it, after all others of the tree.
