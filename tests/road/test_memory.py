@@ -1,4 +1,4 @@
-"""Links so large that memory ends, or that much of it is wanted once."""
+"""Links so large that memory ends, or that much of it is wanted once; and what a crash leaves."""
 
 import contextlib
 import resource
@@ -6,10 +6,10 @@ import resource
 import pytest
 from gi.repository import GLib
 
-from desktop import PAGE
+from desktop import PAGE, PROGRAM
 from model import page_link
 from processes import status_of
-from road import bulky_link
+from road import LINK, bulky_link
 
 MEGABYTE = 1 << 20
 
@@ -50,3 +50,18 @@ def test_huge_links_leave_no_memory_behind(desktop):
         desktop.open()
         assert desktop.opened() == PAGE
     assert size(listener, "VmRSS") < 15
+
+
+def test_no_core_is_left_but_by_what_is_started(desktop):
+    report = desktop.install_reporter("bin/report")
+    desktop.install_handler(command=desktop.install_script(
+        "bin/limits", f'exec {report} "$(ulimit -S -c)" "$@"\n') + " %u")
+    listener = desktop.spawn("sh", "-c", 'ulimit -S -c "$(ulimit -H -c)"; exec "$0"', PROGRAM)
+    limit = desktop.spawn("sh", "-c", "ulimit -H -c").finish().output.strip()
+    listener.banner()
+    desktop.wait_for_owner(listener.pid)
+    desktop.open(LINK)
+    assert desktop.page().arguments == [limit, PAGE]
+    with open(f"/proc/{listener.pid}/limits", encoding="ascii") as limits:
+        (own,) = [line.split()[4] for line in limits if line.startswith("Max core file size")]
+    assert own in ("0", "1")

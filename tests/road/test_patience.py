@@ -200,21 +200,3 @@ def test_a_signal_that_was_ignored_at_the_start_stays_ignored(desktop, number):
     for _ in range(2):
         desktop.expect_link(process)
     assert process.end(signal.SIGTERM if number != signal.SIGTERM else signal.SIGINT) == SILENCE
-
-
-# What is left behind.
-
-
-def test_no_core_is_left_but_by_what_is_started(desktop):
-    report = desktop.install_reporter("bin/report")
-    desktop.install_handler(command=desktop.install_script(
-        "bin/limits", f'exec {report} "$(ulimit -S -c)" "$@"\n') + " %u")
-    listener = desktop.spawn("sh", "-c", 'ulimit -S -c "$(ulimit -H -c)"; exec "$0"', PROGRAM)
-    limit = desktop.spawn("sh", "-c", "ulimit -H -c").finish().output.strip()
-    listener.banner()
-    desktop.wait_for_owner(listener.pid)
-    desktop.open(LINK)
-    assert desktop.page().arguments == [limit, PAGE]
-    with open(f"/proc/{listener.pid}/limits", encoding="ascii") as limits:
-        (own,) = [line.split()[4] for line in limits if line.startswith("Max core file size")]
-    assert own in ("0", "1")
