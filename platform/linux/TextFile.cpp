@@ -12,6 +12,12 @@ namespace {
 /// Far above what a desktop with all its applications has in one file.
 constexpr std::size_t kSizeLimit = std::size_t{1} << 20;
 
+/// Closes a descriptor also where there is no memory for the text.
+struct Closing {
+  int file;
+  ~Closing() { ::close(file); }
+};
+
 TextFile readAll(int file) {
   struct stat status = {};
   if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
@@ -37,9 +43,8 @@ TextFile readTextFile(const std::string& path) {
     const bool isMissing = errno == ENOENT || errno == ENOTDIR;
     return {.text = {}, .error = "it cannot be opened", .isMissing = isMissing};
   }
-  TextFile result = readAll(file);
-  ::close(file);
-  return result;
+  const Closing closing{file};
+  return readAll(file);
 }
 
 }  // namespace Vastel_Connect
