@@ -1,19 +1,11 @@
 #include "api/ScreenPopApi.h"
 
-#include <cstdlib>
-
 #include "json/JsonText.h"
 #include "json/KeyPath.h"
+#include "platform/Platform.h"
 
 namespace Vastel_Connect {
 namespace {
-
-/// Ends the process at once, without a core dump, with EX_SOFTWARE of <sysexits.h>.
-// LCOV_EXCL_START: nothing is counted of a process that ends here, as it does in a test.
-[[noreturn]] void stopProgram() {
-  std::_Exit(70);
-}
-// LCOV_EXCL_STOP
 
 /// The value of a key if it is of type T, else absent.
 template <typename T>
@@ -37,7 +29,7 @@ struct_PartialScreenPopApi struct_PartialScreenPopApi::fromJsonText(std::string_
   const JSON* request = document->if_object();
   // On purpose: no client that works sends an array, and whoever looks after it relies on the
   // program's end to notice. A log line could go unread.
-  if (request == nullptr) stopProgram();
+  if (request == nullptr) platform::stopProgram();
 
   return {
       .ScriptType = scriptTypeMember(*request, "ScriptType"),

@@ -40,4 +40,10 @@ bool openUrl(std::string_view page);
 /// thread.
 void printLine(std::string_view line);
 
+/// The exit status of a process that stops: EX_SOFTWARE of <sysexits.h>.
+inline constexpr int kStopStatus = 70;
+
+/// Ends the process at once, with kStopStatus and without a core dump.
+[[noreturn]] void stopProgram();
+
 }  // namespace Vastel_Connect::platform

@@ -1,6 +1,8 @@
 // The functions of Platform.h over AppKit and Foundation.
 #import <AppKit/AppKit.h>
 
+#include <cstdlib>
+
 #include "app/AppDelegate.h"
 #include "platform/Platform.h"
 #import "platform/macos/Text.h"
@@ -84,6 +86,10 @@ bool openUrl(std::string_view url) {
     return address != nil && permitsPage(urlScheme(url)) &&
            [[NSWorkspace sharedWorkspace] openURL:address];
   }
+}
+
+void stopProgram() {
+  std::_Exit(kStopStatus);
 }
 
 }  // namespace Vastel_Connect::platform

@@ -1,5 +1,7 @@
 #include "tests/platform/RecordingHost.h"
 
+#include <cstdlib>
+
 #include "platform/Platform.h"
 
 namespace Vastel_Connect {
@@ -76,6 +78,10 @@ bool openUrl(std::string_view url) {
 
 void printLine(std::string_view line) {
   RecordingHost::instance().record("print: ", line);
+}
+
+void stopProgram() {
+  std::_Exit(kStopStatus);
 }
 
 }  // namespace platform
