@@ -146,6 +146,13 @@ constexpr std::uint32_t kAllowReplacement = 1;
 constexpr std::uint32_t kReplaceExisting = 2;
 constexpr std::uint32_t kIsOwner = 1;
 
+/// Waits for a second at most until the bus has read what was answered. It drops the rest with a
+/// connection that ends while messages to it are unread, tells the senders that there was no
+/// answer, and they follow their links again.
+void letBusReadAnswers() {
+  sd_bus_call(host().bus, makeDriverCall("GetId").get(), 1'000'000, nullptr, nullptr);
+}
+
 /// Gives the name back, and delivers what had arrived by then. What comes later is left unread, as
 /// the end of the connection tells whoever sent it: somebody may send to our unique name for ever.
 void releaseBusName() {
@@ -157,6 +164,7 @@ void releaseBusName() {
     return;
   const Slot forgetLater(slot);
   waitForBusAtTheEnd([&answer] { return answer != nullptr; });
+  if (answer) letBusReadAnswers();
 }
 
 /// The bus is of no use, or the program is to end.
@@ -167,9 +175,6 @@ NameAnswer noName(const Answer& answer) {
   closeSessionBus();
   return NameAnswer::None;
 }
-
-/// So long may the bus take to read what was answered before a stop.
-constexpr std::uint64_t kLastWaitMicroseconds = 1'000'000;
 
 }  // namespace
 
@@ -216,12 +221,7 @@ void receiveLaunchLinks() {
 
 // LCOV_EXCL_START: nothing is counted of a process that ends here, as it does in a test.
 void platform::stopProgram() {
-  // The bus has to read our answers first: it drops them with a connection that ends while messages
-  // to it are unread, tells the senders that there was no answer, and they follow their links
-  // again.
-  if (host().bus != nullptr) {
-    sd_bus_call(host().bus, makeDriverCall("GetId").get(), kLastWaitMicroseconds, nullptr, nullptr);
-  }
+  if (host().bus != nullptr) letBusReadAnswers();
   std::_Exit(kStopStatus);
 }
 // LCOV_EXCL_STOP
