@@ -22,7 +22,7 @@ constexpr int kNobody = -1;
 /// What the signal handlers share with the rest.
 struct State {
   std::atomic<bool> isEnding = false;
-  /// The end was asked for by a signal.
+  /// The end was asked for by SIGINT or SIGTERM.
   std::atomic<bool> isSignalled = false;
   /// The descriptor of the LimitedWait that lives, or kNobody.
   std::atomic<int> waitsFor = kNobody;
@@ -43,7 +43,7 @@ void startTimer() {
 
 void onEndingSignal(int number) {
   state.isEnding = true;
-  if (state.isSignalled.exchange(true) && number != SIGHUP) {
+  if (number != SIGHUP && state.isSignalled.exchange(true)) {
     ::signal(number, SIG_DFL);
     ::raise(number);  // Ends the process as soon as this handler returns.
   }

@@ -5,7 +5,7 @@
 namespace Vastel_Connect {
 
 /// From now on the signals to end (SIGINT, SIGTERM, SIGHUP) are noted, and the program ends in the
-/// normal way. A second one ends it at once; of those, SIGHUP is none, which comes together with
+/// normal way. A second one ends it at once; SIGHUP does not count, which comes before or behind
 /// another where a terminal goes away. One that was ignored at the start stays ignored.
 void catchEndingSignals();
 
