@@ -4,6 +4,7 @@ import json
 import pathlib
 import plistlib
 import re
+import shutil
 
 import pytest
 
@@ -113,7 +114,9 @@ def test_the_unit_logs_all_links_but_the_one_that_starts_it(new_desktop):
 
 @pytest.mark.parametrize("environment, failure", [
     *(({"XDG_CURRENT_DESKTOP": name}, None) for name in (
-        "", "GNOME", "ubuntu:GNOME", "KDE", "XFCE", "LXQt", "MATE", "X-Cinnamon", "LXDE", "sway")),
+        "", "GNOME", "ubuntu:GNOME", "KDE", "XFCE", "MATE", "X-Cinnamon", "LXDE", "sway",
+        # Which xdg-mime asks a tool of its own on Debian 13.
+        *(["LXQt"] if shutil.which("qtxdg-mat") else []))),
     ({"PATH": "/usr/bin:/bin"}, 0),
     ({"XDG_DATA_DIRS": "/nowhere"}, 1),
     ({"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}, None),  # Links open all the same.
