@@ -141,7 +141,7 @@ std::string busAddress() {
       runtimeFolder.empty() ? "" : "unix:path=" + escapeForAddress(runtimeFolder) + "/bus");
 }
 
-// The flags of RequestName, and its answer, by the specification of the bus.
+// The flags of RequestName, and its answer, as the bus documents them.
 constexpr std::uint32_t kAllowReplacement = 1;
 constexpr std::uint32_t kReplaceExisting = 2;
 constexpr std::uint32_t kIsOwner = 1;
