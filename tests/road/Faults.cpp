@@ -10,9 +10,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <string_view>
 
 extern "C" {
@@ -49,11 +49,8 @@ const char* take(const char* variable) {
 }
 
 [[gnu::destructor]] void end() {
-  if (countFile == nullptr) return;
-  std::FILE* file = std::fopen(countFile, "w");
-  if (file == nullptr) return;
-  std::fprintf(file, "%ld", allocations);
-  std::fclose(file);
+  const long count = allocations;
+  if (countFile != nullptr) std::ofstream(countFile) << count;
 }
 
 bool fails() {
@@ -123,12 +120,7 @@ ssize_t sendmsg(int socket, const msghdr* message, int flags) {
 std::time_t time(std::time_t* result) {
   timespec now{};
   ::clock_gettime(CLOCK_REALTIME, &now);
-  if (clockFile != nullptr) {
-    if (std::FILE* file = std::fopen(clockFile, "r")) {
-      if (std::fscanf(file, "%ld", &now.tv_sec) != 1) now.tv_sec = 0;
-      std::fclose(file);
-    }
-  }
+  if (clockFile != nullptr) std::ifstream(clockFile) >> now.tv_sec;
   if (result != nullptr) *result = now.tv_sec;
   return now.tv_sec;
 }

@@ -8,6 +8,7 @@ import pathlib
 import queue
 import shutil
 import subprocess
+import tempfile
 import threading
 import urllib.request
 
@@ -24,25 +25,16 @@ CHROMIUM_SWITCHES = ["--no-sandbox", "--no-first-run", "--no-default-browser-che
 # A name that is not loopback's, for a site that is.
 OTHER_NAME = "--host-resolver-rules=MAP phone.test 127.0.0.1"
 
-# Puts files over those of /etc, for one command and what it starts.
-OWN_FOLDERS = ["unshare", "--mount"]
-if os.geteuid() != 0:
-    OWN_FOLDERS += ["--map-current-user", "--keep-caps"]
-OVER_ETC = [*OWN_FOLDERS, "sh", "-ec", """
-files=$1
-shift
-mount -t tmpfs tmpfs "$files.over"
-mkdir "$files.over/upper" "$files.over/work"
-cp -r "$files/." "$files.over/upper"
-mount -t overlay -o "lowerdir=/etc,upperdir=$files.over/upper,workdir=$files.over/work" overlay /etc
-exec "$@"
-""", "over-etc"]
+# Lays a folder over /etc, for one command and what it starts.
+OVER_ETC = ["unshare", "--mount", *(["--map-current-user", "--keep-caps"] if os.geteuid() else []),
+            "sh", "-ec", 'mount -t overlay overlay -o lowerdir="$0":/etc /etc; exec "$@"']
 
 
 @functools.cache
 def may_mount():
-    return subprocess.run([*OWN_FOLDERS, "mount", "-t", "tmpfs", "tmpfs", "/mnt"],
-                          stderr=subprocess.DEVNULL, check=False).returncode == 0
+    with tempfile.TemporaryDirectory() as folder:
+        return subprocess.run([*OVER_ETC, folder, "true"], stderr=subprocess.DEVNULL,
+                              check=False).returncode == 0
 
 
 def need(*programs):
@@ -51,7 +43,7 @@ def need(*programs):
     if missing:
         pytest.skip("not installed: " + " ".join(missing))
     if not may_mount():
-        pytest.skip("the system permits no private namespaces")
+        pytest.skip("this machine refuses namespaces, or to lay a folder over another in them")
 
 
 def with_policy(desktop, command, path, policy, origin):
@@ -61,7 +53,6 @@ def with_policy(desktop, command, path, policy, origin):
         return command
     files = pathlib.Path(desktop.folder, "etc")
     (files / path).parent.mkdir(parents=True)
-    files.with_suffix(".over").mkdir()
     text = (POLICIES / policy).read_text()
     (files / path).write_text(text.replace(POLICY_ORIGIN, origin))
     return [*OVER_ETC, files, *command]

@@ -11,13 +11,14 @@ import signal
 import socket
 import subprocess
 import tempfile
+import time
 import types
 
 from gi.repository import Gio, GLib
 
 from model import page_link
-from processes import (LIMIT, SCREEN, Lines, Process, adopt_orphans, children, descendants, is_program,
-                       parse_status, wait_for_descendants, wait_for_end)
+from processes import (LIMIT, SCREEN, Lines, Process, adopt_orphans, children, descendants,
+                       end_descendants, is_program, wait_for_end)
 
 NAME = "com.vastel.Connect"
 OBJECT = "/com/vastel/Connect"
@@ -102,7 +103,9 @@ class Desktop(contextlib.ExitStack):
 
     def wait_for_children(self, pid):
         """Waits until a process has no child left, ended or not."""
+        deadline = time.monotonic() + LIMIT
         while found := children(pid):
+            assert time.monotonic() < deadline, f"left: {found}"
             wait_for_end(found[0])
 
     def wait_for_orphans(self, *staying):
@@ -132,22 +135,18 @@ class Desktop(contextlib.ExitStack):
         for path in ("", "/config", "/data", "/pages"):
             os.chmod(self.folder + path, 0o777)
         program = shutil.copy(PROGRAM, self.folder)
-        os.chmod(program, 0o755)
         # The counts of dev/coverage are not for another user to write.
         user = ["env", "GCOV_PREFIX=" + self.folder, "setpriv", "--reuid=65534", "--regid=65534",
                 "--clear-groups"]
         return (user if os.geteuid() == 0 else []), program
 
-    def listen(self, *arguments, **options):
-        """Starts the program, and waits until links go to it."""
-        process = self.start(*arguments, **options)
+    def listen(self, *arguments, command=(PROGRAM,), **options):
+        """Starts the program, by itself or by a command, and waits until links go to it."""
+        process = self.spawn(*command, *arguments, **options)
         if process.output:
             process.banner()
         self.wait_for_owner(process.pid)
         return process
-
-    def start_at_once(self, links):
-        return [self.start(link) for link in links]
 
     def listen_with_openers(self, *names, **environment):
         """Starts the program where nothing is in PATH but openers, which report pages."""
@@ -171,17 +170,23 @@ class Desktop(contextlib.ExitStack):
                 else GLib.Variant("s", value) for key, value in platform_data.items()}
         self.call("Open", GLib.Variant("(asa{sv})", (links, data)))
 
-    def call_open(self, links, answers):
-        """Follows links, and appends the answer when it comes: None, or the error."""
-        def on_answer(bus, result):
+    def call_open(self, *links):
+        """Follows links by a call each, which the bus has passed on by then. The result has for each
+        a list, into which its answer comes: None, or the error."""
+        def on_answer(bus, result, answer):
             try:
                 bus.call_finish(result)
-                answers.append(None)
+                answer.append(None)
             except GLib.Error as error:
-                answers.append(error)
+                answer.append(error)
 
-        self.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", (links, {})),
-                      None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None, on_answer)
+        answers = [[] for _ in links]
+        for link, answer in zip(links, answers):
+            self.bus.call(NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", ([link], {})),
+                          None, Gio.DBusCallFlags.NONE, LIMIT * 1000, None, on_answer, answer)
+        # What the bus gets, it passes on before it answers this.
+        self.ask_bus("GetId")
+        return answers
 
     def set_service_environment(self, **variables):
         """Sets variables of the programs that the bus will start."""
@@ -225,12 +230,10 @@ class Desktop(contextlib.ExitStack):
     # Pages.
 
     def page(self):
-        """How the handler was started that reports next: its `program` and `arguments`, its
-        `environment`, its `status` as `status_of` gives it, `descriptors`, `session` and `pid`."""
+        """How the handler was started that reports next, as report.py tells it."""
         if not select.select([self._pages], [], [], LIMIT)[0]:
             raise TimeoutError("no page is opened")
-        report = json.loads(self._pages.recv(1 << 20))
-        return types.SimpleNamespace(**{**report, "status": parse_status(report["status"])})
+        return types.SimpleNamespace(**json.loads(self._pages.recv(1 << 20)))
 
     def opened(self):
         """The URL that is opened next."""
@@ -251,8 +254,15 @@ class Desktop(contextlib.ExitStack):
             f"x-scheme-handler/{scheme}=browser.desktop\n" for scheme in schemes))
 
     def quick_pages(self):
-        """The pages from now on, which handlers and openers only name: that costs less."""
-        return Pages(self)
+        """The lines of pages from now on, which handlers and openers only name: that costs less."""
+        path = self.folder + "/opened"
+        os.mkfifo(path)
+        report = f'printf "%s\\n" "$*" > {path}\n'
+        self.install_handler(command=self.install_script("bin/quick", report) + " %u")
+        for opener in ("gio", "xdg-open"):
+            self.install_script("openers/" + opener, report)
+        # Open for writing, too, it never ends.
+        return Lines(self.enter_context(open(path, "r+b", buffering=0)))
 
     def install_service(self, name, command):
         """Lets the bus, when it is started, start a program for a name."""
@@ -263,15 +273,8 @@ class Desktop(contextlib.ExitStack):
         """Installs a program that reports how it was started, as a page."""
         # For programs of another user, who may not read the tests.
         os.chmod(shutil.copy(HERE + "/report.py", self.folder), 0o644)
-        # The shell still has the signals as they were, as long as it starts nothing: Debian 13's
-        # blocks them all meanwhile. Python changes some when it starts.
-        return self.install_script(path, f"""
-while IFS= read -r line; do
-  status="$status$line
-"
-done < /proc/$$/status
-exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status" "$0" "$@"
-""")
+        return self.install_script(path, (
+            f'exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$0" "$@"\n'))
 
     def install_script(self, path, text):
         return self.write(path, "#!/bin/sh\n" + text, 0o755)
@@ -291,9 +294,9 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
         # The answer comes once the links before are done with.
         self.open()
 
-    def expect_recovery(self, listener, before, page="https://page.test/next"):
+    def expect_recovery(self, listener, before):
         """The next link is opened, by a program that has kept no descriptor and no child."""
-        self.expect_link(listener, page)
+        self.expect_link(listener, "https://page.test/next")
         self.wait_for_children(listener.pid)
         assert listener.descriptors() == before
 
@@ -367,34 +370,8 @@ exec /usr/bin/python3 -IBS {self.folder}/report.py {self.folder}/pages "$status"
             process.discard()
 
     def _expect_nothing_left(self):
-        left = wait_for_descendants()
-        assert not left, f"left running: {left}"
+        end_descendants()
         pages = []
         while select.select([self._pages], [], [], 0)[0]:
             pages.append(self.page().arguments)
         assert not pages, f"opened, too: {pages}"
-
-
-class Pages:
-    """What handlers and openers report through a pipe, a line each."""
-
-    def __init__(self, desktop):
-        path = desktop.folder + "/opened"
-        os.mkfifo(path)
-        self._pipe = desktop.enter_context(
-            os.fdopen(os.open(path, os.O_RDWR | os.O_NONBLOCK), "rb", buffering=0))
-        self._lines = Lines(self._pipe)
-        report = f'printf "%s\\n" "$*" > {path}\n'
-        desktop.install_handler(command=desktop.install_script("bin/quick", report) + " %u")
-        for opener in ("gio", "xdg-open"):
-            desktop.install_script("openers/" + opener, report)
-
-    def next(self):
-        return self._lines.next()
-
-    def now(self):
-        """Those that have been reported."""
-        found = []
-        while select.select([self._pipe], [], [], 0)[0] or self._lines.is_ready():
-            found.append(self._lines.next())
-        return found

@@ -86,15 +86,12 @@ class Lines:
         del self._text[:end + 1]
         return line
 
-    def is_ready(self):
-        """Whether a line has been read already."""
-        return b"\n" in self._text
-
-    def skip(self):
-        """Passes over what has arrived."""
+    def now(self):
+        """The lines that have arrived."""
         while select.select([self._pipe], [], [], 0)[0] and self._read():
             pass
-        self._text.clear()
+        lines, self._text = self._text.decode().split("\n")[:-1], bytearray()
+        return lines
 
     def rest(self):
         """All that comes until the other side closes the pipe."""
@@ -201,22 +198,14 @@ def adopt_orphans():
     assert ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) == 0
 
 
-def wait_for_descendants():
-    """Waits for the end of all. Those that do not end in time are killed, and are the result."""
-    def expire(*_):
-        raise TimeoutError
-
-    signal.signal(signal.SIGALRM, expire)
-    signal.alarm(LIMIT)
+def end_descendants():
+    """Waits for the end of all. Those that do not end in time are killed, and a failure."""
     try:
-        while True:
-            os.waitpid(-1, 0)
-    except ChildProcessError:
-        return []
-    except TimeoutError:
-        return kill_children()
-    finally:
-        signal.alarm(0)
+        while found := children("self"):
+            wait_for_end(found[0])
+            os.waitpid(found[0], 0)
+    except AssertionError as error:
+        raise AssertionError(f"left running: {kill_children()}") from error
 
 
 def kill_children():
@@ -262,8 +251,4 @@ def is_program(pid):
 def status_of(pid):
     """What /proc says about a process, by name."""
     with open(f"/proc/{pid}/status", encoding="utf-8") as file:
-        return parse_status(file.read())
-
-
-def parse_status(text):
-    return dict(line.split(":\t", 1) for line in text.splitlines() if ":\t" in line)
+        return dict(line.split(":\t", 1) for line in file.read().splitlines() if ":\t" in line)

@@ -1,4 +1,4 @@
-"""Tells a test how this program was started: report.py SOCKET STATUS PROGRAM [ARGUMENT...]"""
+"""Tells a test how this program was started: report.py SOCKET PROGRAM [ARGUMENT...]"""
 
 import json
 import os
@@ -14,11 +14,10 @@ def is_open(descriptor):
         return False
 
 
-target, status, program, *arguments = sys.argv[1:]
+target, program, *arguments = sys.argv[1:]
 # The one with which the folder itself is read is closed by the time it is looked at.
 descriptors = [each for each in map(int, os.listdir("/proc/self/fd")) if is_open(each)]
 report = {"program": program, "arguments": arguments, "environment": dict(os.environ),
-          "status": status, "descriptors": sorted(descriptors), "session": os.getsid(0),
-          "pid": os.getpid(), "folder": os.getcwd()}
+          "descriptors": sorted(descriptors), "pid": os.getpid(), "folder": os.getcwd()}
 with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as reports:
     reports.sendto(json.dumps(report).encode(), target)

@@ -9,12 +9,13 @@ import types
 from random import Random
 
 from model import expect, fatal_link, fits_command_line, random_link
-from processes import END_SIGNALS, SILENCE, log_message, wait_for_end
+from processes import END_SIGNALS, SILENCE, log_message, messages_of, wait_for_end
 
 MOST_LISTENERS = 5
-# The kinds of steps, as often as they are taken.
-STEPS = [*["follow"] * 15, *["take_over"] * 3, *["end"] * 2, "end_with_queue",
-         "kill_with_queue", "kill_in_the_middle", "kill_before_followers", *["burst"] * 2]
+# The kinds of steps: how often they are taken, and how many listeners they need.
+STEPS = {"follow": (15, 0), "take_over": (3, 0), "end": (2, 1), "end_with_queue": (1, 1),
+         "kill_with_queue": (1, 1), "kill_in_the_middle": (1, 1), "kill_before_followers": (1, 2),
+         "burst": (2, 1)}
 
 BEHIND_FATAL = "behind a link that ends the program"
 KILLED_UNREAD = "unread by a program that was killed, and refused to the sender"
@@ -29,7 +30,7 @@ def reported(link):
 
 
 class Session:
-    """On a desktop whose bus starts the program with -log."""
+    """On a desktop whose bus starts the program with -jsonlog, of which each message is a line."""
 
     def __init__(self, desktop):
         self._desktop = desktop
@@ -45,7 +46,8 @@ class Session:
         """Takes steps, each of which is a kind and a seed."""
         for kind, seed in steps:
             self._random = Random(seed)
-            getattr(self, kind)()
+            if len(self._listeners) >= STEPS[kind][1]:
+                getattr(self, kind)()
         while self._listeners:
             self._end(self._listeners[-1], signal.SIGTERM)
         assert self._pages.now() == []
@@ -69,86 +71,74 @@ class Session:
 
     def take_over(self):
         if len(self._listeners) < MOST_LISTENERS:
-            forms = self._random.choice([["-log"], ["-jsonlog"], ["-jsonlog", "-LOG"]])
-            process = self._desktop.listen(*forms, PATH=self._path)
+            process = self._desktop.listen("-jsonlog", PATH=self._path)
             self._listeners.append(types.SimpleNamespace(
-                process=process, pid=process.pid, lines=process.output,
-                plain=forms != ["-jsonlog"], json="-jsonlog" in forms))
+                process=process, pid=process.pid, lines=process.output))
 
     def end(self):
         """Ends one of the programs while it rests."""
-        if self._listeners:
-            self._end(self._random.choice(self._listeners),
-                      self._random.choice([*END_SIGNALS, signal.SIGKILL]))
+        self._end(self._random.choice(self._listeners),
+                  self._random.choice([*END_SIGNALS, signal.SIGKILL]))
 
     def end_with_queue(self):
         """Asks the program to end while links wait for it: it still opens them."""
-        if self._listeners:
-            listener = self._listeners[-1]
-            links, answers = self._queue(listener)
-            os.kill(listener.pid, self._random.choice(END_SIGNALS))
-            os.kill(listener.pid, signal.SIGCONT)
-            for link in links:
-                self._expect_logged(listener, expect(link).messages)
-            self._expect_opened(links)
-            self._expect_answers(answers, len(links), refused=False)
-            self._expect_end(listener, 0)
+        listener = self._listeners[-1]
+        links, answers = self._queue(listener)
+        os.kill(listener.pid, self._random.choice(END_SIGNALS))
+        os.kill(listener.pid, signal.SIGCONT)
+        self._expect_logged(listener, links)
+        self._expect_opened(links)
+        self._expect_answers(answers, refused=False)
+        self._expect_end(listener, 0)
 
     def kill_with_queue(self):
         """Kills the program while links wait for it: their senders are told."""
-        if self._listeners:
-            listener = self._listeners[-1]
-            links, answers = self._queue(listener)
-            os.kill(listener.pid, signal.SIGKILL)
-            self._expect_answers(answers, len(links), refused=True)
-            self._expect_end(listener, -signal.SIGKILL)
-            self.fates[KILLED_UNREAD] += len(links)
+        listener = self._listeners[-1]
+        links, answers = self._queue(listener)
+        os.kill(listener.pid, signal.SIGKILL)
+        self._expect_answers(answers, refused=True)
+        self._expect_end(listener, -signal.SIGKILL)
+        self.fates[KILLED_UNREAD] += len(links)
 
     def kill_in_the_middle(self):
         """Kills the program while it handles links. They are handled in their order up to one of
         them, and nothing is opened whose sender was refused, who may follow it again."""
-        if self._listeners and self._listeners[-1].process:
-            listener = self._listeners[-1]
-            links = self._make_links(10)
-            answers = [[] for _ in links]
-            for link, answer in zip(links, answers):
-                self._desktop.call_open([link], answer)
-            # Once this is answered, the bus has passed the calls on.
-            self._desktop.ask_bus("GetId")
-            os.kill(listener.pid, signal.SIGKILL)
-            log = listener.process.finish().output
-            self._desktop.wait_until(lambda: all(answers))
-            self._expect_end(listener, -signal.SIGKILL)
-            self._desktop.wait_for_orphans(*(each.pid for each in self._listeners))
-            opened = self._pages.now()
-            with_page = [*filter(None, map(reported, links))]
-            # Handlers that were started in turn may report out of turn.
-            assert sorted(opened) == sorted(with_page[:len(opened)])
-            self._count_killed(links, answers, opened, log)
+        if not self._listeners[-1].process:
+            return  # Its lines are among others'.
+        listener = self._listeners[-1]
+        links = self._make_links(10)
+        answers = self._desktop.call_open(*links)
+        os.kill(listener.pid, signal.SIGKILL)
+        log = [log_message(line) for line in listener.process.finish().output.split("\n")
+               if line.endswith("}")]
+        self._desktop.wait_until(lambda: all(answers))
+        self._expect_end(listener, -signal.SIGKILL)
+        self._desktop.wait_for_orphans(*(each.pid for each in self._listeners))
+        opened = self._pages.now()
+        with_page = [*filter(None, map(reported, links))]
+        # Handlers that were started in turn may report out of turn.
+        assert sorted(opened) == sorted(with_page[:len(opened)])
+        self._count_killed(links, answers, opened, log)
 
     def kill_before_followers(self):
         """Kills the program while processes hand links over to it: the next program has them."""
-        if len(self._listeners) > 1:
-            listener = self._listeners[-1]
-            os.kill(listener.pid, signal.SIGSTOP)
-            links = self._make_links(5, self._fits_a_crowd)
-            followers = self._desktop.start_at_once(links)
-            os.kill(listener.pid, signal.SIGKILL)
-            self._expect_end(listener, -signal.SIGKILL)
-            self._expect_crowd(links)
-            self._finish_followers(followers)
+        listener = self._listeners[-1]
+        os.kill(listener.pid, signal.SIGSTOP)
+        links = self._make_links(5, fits_command_line)
+        followers = [self._desktop.start(link) for link in links]
+        os.kill(listener.pid, signal.SIGKILL)
+        self._expect_end(listener, -signal.SIGKILL)
+        self._expect_crowd(links)
+        self._finish_followers(followers)
 
     def burst(self):
         """Follows links at once, by calls and by command lines."""
-        if self._listeners:
-            links = self._make_links(10, self._fits_a_crowd)
-            answers = []
-            followers = self._desktop.start_at_once(links[:4])
-            for link in links[4:]:
-                self._desktop.call_open([link], answers)
-            self._expect_crowd(links)
-            self._finish_followers(followers)
-            self._expect_answers(answers, 6, refused=False)
+        links = self._make_links(10, fits_command_line)
+        followers = [self._desktop.start(link) for link in links[:4]]
+        answers = self._desktop.call_open(*links[4:])
+        self._expect_crowd(links)
+        self._finish_followers(followers)
+        self._expect_answers(answers, refused=False)
 
     # Links.
 
@@ -165,22 +155,12 @@ class Session:
                 self._next_number()
         return links
 
-    @staticmethod
-    def _fits_a_crowd(link):
-        """Whether its log lines can be told from others' when nobody knows the order."""
-        return fits_command_line(link) and not any("\n" in each for each in expect(link).messages)
-
     def _queue(self, listener):
         """Follows links that wait for a program that is stopped."""
         os.kill(listener.pid, signal.SIGSTOP)
         # After the signal to end, the program has little time for a log that its pipe cannot hold.
         links = self._make_links(self._random.randint(1, 5), lambda link: len(link) < 3000)
-        answers = []
-        for link in links:
-            self._desktop.call_open([link], answers)
-        # Once this is answered, the bus has passed the calls on.
-        self._desktop.ask_bus("GetId")
-        return links, answers
+        return links, self._desktop.call_open(*links)
 
     def _finish_followers(self, followers):
         for follower in followers:
@@ -189,17 +169,16 @@ class Session:
 
     # What comes of them.
 
-    def _expect_answers(self, answers, count, refused):
-        self._desktop.wait_until(lambda: len(answers) == count)
-        assert [error is not None for error in answers] == [refused] * count
+    def _expect_answers(self, answers, refused):
+        self._desktop.wait_until(lambda: all(answers))
+        assert all((error is not None) == refused for (error,) in answers)
 
     def _expect_followed(self, links):
         """What one call with these links does."""
         fatal = next((i for i, link in enumerate(links) if expect(link).fatal), len(links))
         handled = links[:fatal + 1]
         if self._listeners:
-            for link in handled:
-                self._expect_logged(self._listeners[-1], expect(link).messages)
+            self._expect_logged(self._listeners[-1], handled)
         self._expect_opened(handled)
         self.fates[BEHIND_FATAL] += len(links) - len(handled)
         if fatal == len(links):
@@ -207,31 +186,25 @@ class Session:
                 # The links that started it wrote no log lines.
                 self._desktop.daemon.banner()
                 self._listeners.append(types.SimpleNamespace(
-                    process=None, pid=self._desktop.owner(), lines=self._desktop.daemon.output,
-                    plain=True, json=False))
+                    process=None, pid=self._desktop.owner(), lines=self._desktop.daemon.output))
         elif self._listeners:
             self._expect_end(self._listeners[-1], 70)
         else:
             self._desktop.wait_for_owner(None)
 
-    def _expect_logged(self, listener, messages):
-        for message in messages:
-            if listener.plain:
-                lines = [listener.lines.next() for _ in range(message.count("\n") + 1)]
-                assert log_message("\n".join(lines)) == message
-            if listener.json:
-                assert log_message(listener.lines.next()) == message
+    @staticmethod
+    def _expect_logged(listener, links):
+        for message in messages_of(*links):
+            assert log_message(listener.lines.next()) == message
 
     def _expect_crowd(self, links):
         """The log lines and pages of links of which nobody knows the order."""
-        listener = self._listeners[-1]
+        lines = self._listeners[-1].lines
         left = {expect(link).messages[1]: expect(link).messages for link in links}
         while left:
-            self._expect_logged(listener, ["new uri event"])
-            text = log_message(listener.lines.next())
-            if listener.plain and listener.json:
-                assert log_message(listener.lines.next()) == text
-            self._expect_logged(listener, left.pop(text)[2:])
+            first, text = (log_message(lines.next()) for _ in range(2))
+            messages = left.pop(text)
+            assert messages == [first, text, *(log_message(lines.next()) for _ in messages[2:])]
         self._expect_opened(links)
 
     def _expect_opened(self, links):
@@ -250,7 +223,7 @@ class Session:
                 self._count(1, 1)
             elif error:
                 self.fates[KILLED_UNREAD] += 1
-            elif not expect(link).opened and f"process uri: {link}\n" in log:
+            elif not expect(link).opened and f"process uri: {link}" in log:
                 self._count(1, 0)
             else:
                 self.fates[KILLED_ANSWERED] += 1

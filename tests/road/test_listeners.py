@@ -5,10 +5,10 @@ import signal
 import pytest
 from gi.repository import Gio
 
-from desktop import INTERFACE, NAME, OBJECT, SERVICE
+from desktop import INTERFACE, NAME, OBJECT
 from model import page_link
-from processes import SILENCE, golden, log_message, messages_of, status_of
-from road import FATAL, LINK, PAGE, bulky_link, pages
+from processes import SILENCE, golden, status_of
+from road import FATAL, LINK, PAGE, pages
 
 DO_NOT_QUEUE = 4
 ERROR = "org.freedesktop.DBus.Error."
@@ -17,7 +17,8 @@ ERROR = "org.freedesktop.DBus.Error."
 def test_the_newest_start_takes_the_links_and_gives_them_back(desktop):
     listeners = []
     for _ in range(5):
-        listeners.append(desktop.listen("-log"))
+        # A terminal may itself be started by the bus.
+        listeners.append(desktop.listen("-log", DBUS_STARTER_BUS_TYPE="session"))
         desktop.expect_link(listeners[-1])
     while listeners:
         newest = listeners.pop()
@@ -26,23 +27,20 @@ def test_the_newest_start_takes_the_links_and_gives_them_back(desktop):
         assert newest.end(signal.SIGINT) == SILENCE
 
 
-@pytest.mark.parametrize("service", [SERVICE + " -log", None])
-def test_a_program_that_a_link_started_has_the_links_again(new_desktop, service):
+@pytest.mark.parametrize("service", [None, "/bin/false", "/nowhere/vastel-connect"])
+def test_a_link_that_no_service_takes_becomes_the_application(new_desktop, service):
     desktop = new_desktop(service=service)
-    if service:
-        first = desktop.daemon  # What the bus starts writes where the bus does.
-        desktop.open(LINK)
-    else:
-        first = desktop.start("-log", LINK)
+    process = desktop.start("-log", LINK)
     assert desktop.opened() == PAGE
-    first.banner()
-    desktop.wait_until(desktop.owner)
-    pid = desktop.owner()
+    # The link of the start writes no log line.
+    process.banner()
+    desktop.wait_for_owner(process.pid)
     second = desktop.listen("-log")
     desktop.expect_link(second)
     assert second.end() == SILENCE
-    desktop.wait_for_owner(pid)
-    desktop.expect_link(first)
+    desktop.wait_for_owner(process.pid)
+    desktop.expect_link(process)
+    assert process.end() == SILENCE
 
 
 def test_a_link_during_the_take_over_is_opened_once(desktop):
@@ -133,36 +131,16 @@ def test_any_other_error_refuses_a_link(new_desktop):
 # The link that ends the program.
 
 
-def test_an_array_ends_the_program_and_leaves_the_links_to_the_other(desktop, listener):
-    second = desktop.listen("-log")
-    desktop.open(FATAL)
-    output, errors, status = second.finish()
-    assert (errors, status) == ("", 70)
-    assert [log_message(line) for line in output.splitlines()] == messages_of(FATAL)
-    desktop.wait_for_owner(listener.pid)
-    desktop.expect_link(listener)
-
-
-def test_an_array_on_the_command_line_ends_the_program_that_it_becomes(new_desktop):
-    assert new_desktop(service=None).run("-log", FATAL) == ("", "", 70)
-
-
 def test_arrays_are_no_error_for_their_senders_and_links_among_them_are_opened_once(desktop):
     for _ in range(20):
         assert desktop.run(FATAL) == SILENCE
     links = [link for page in pages(5) for link in [FATAL] * 4 + [page_link(page)]]
-    for process in desktop.start_at_once(links):
+    for process in [desktop.start(link) for link in links]:
         assert process.finish() == SILENCE
     assert desktop.opened_all(5) == pages(5)
 
 
 # The end of the bus, and of the program.
-
-
-def test_the_end_of_the_bus_ends_the_program(desktop, listener):
-    desktop.expect_link(listener)
-    desktop.kill_bus()
-    assert listener.finish() == ("", "vastel-connect: the session bus is gone\n", 1)
 
 
 def test_a_signal_comes_before_an_end_of_the_bus(desktop, listener):
@@ -171,25 +149,6 @@ def test_a_signal_comes_before_an_end_of_the_bus(desktop, listener):
     listener.send(signal.SIGTERM)
     listener.send(signal.SIGCONT)
     assert listener.finish() == SILENCE
-
-
-def test_the_end_of_the_bus_ends_a_program_that_it_has_just_started(desktop):
-    desktop.ask_bus("StartServiceByName", NAME, 0)
-    desktop.kill_bus()
-    assert desktop.daemon.output.rest() == golden("banner")
-
-
-def test_a_signal_comes_before_a_link_that_arrived_with_it(desktop, listener):
-    listener.send(signal.SIGSTOP)
-    # Nobody takes their log lines: acted upon first, they would keep the signal waiting.
-    for _ in range(2):
-        desktop.call_open([bulky_link(100_000)], [])
-    # Once this is answered, the bus has passed the calls on.
-    desktop.ask_bus("GetId")
-    listener.send(signal.SIGTERM)
-    listener.send(signal.SIGCONT)
-    assert listener.wait() == 0
-    assert desktop.opened_all(2) == [PAGE] * 2
 
 
 def test_the_program_rests_in_one_thread(desktop, listener):

@@ -19,19 +19,12 @@ def size(listener, kind):
     return int(status_of(listener.pid)[kind].split()[0]) // 1024
 
 
-def limit_memory(listener, megabytes):
-    """Leaves so much to a program; None: without a limit."""
-    soft = resource.RLIM_INFINITY
-    if megabytes is not None:
-        soft = (size(listener, "VmSize") + megabytes) * MEGABYTE
-    resource.prlimit(listener.pid, resource.RLIMIT_AS, (soft, resource.RLIM_INFINITY))
-
-
 # Where it ends: before the call is answered, while the link is decoded, and nowhere.
 @pytest.mark.parametrize("megabytes, is_opened", [(30, False), (60, False), (400, True)])
 def test_a_link_for_which_there_is_no_memory_costs_itself_alone(desktop, megabytes, is_opened):
     listener = desktop.listen()
-    limit_memory(listener, megabytes)
+    most = (size(listener, "VmSize") + megabytes) * MEGABYTE
+    resource.prlimit(listener.pid, resource.RLIMIT_AS, (most, most))
     with contextlib.suppress(GLib.Error):
         desktop.open(bulky_link(20 * MEGABYTE), "x:")
     desktop.open(page_link("https://next.test/"))
@@ -56,10 +49,9 @@ def test_no_core_is_left_but_by_what_is_started(desktop):
     report = desktop.install_reporter("bin/report")
     desktop.install_handler(command=desktop.install_script(
         "bin/limits", f'exec {report} "$(ulimit -S -c)" "$@"\n') + " %u")
-    listener = desktop.spawn("sh", "-c", 'ulimit -S -c "$(ulimit -H -c)"; exec "$0"', PROGRAM)
+    listener = desktop.listen(
+        command=("sh", "-c", 'ulimit -S -c "$(ulimit -H -c)"; exec "$0"', PROGRAM))
     limit = desktop.spawn("sh", "-c", "ulimit -H -c").finish().output.strip()
-    listener.banner()
-    desktop.wait_for_owner(listener.pid)
     desktop.open(LINK)
     assert desktop.page().arguments == [limit, PAGE]
     with open(f"/proc/{listener.pid}/limits", encoding="ascii") as limits:

@@ -27,8 +27,9 @@ def test_a_random_session_accounts_for_each_link(new_desktop):
         sessions += 1
         random = Random(secrets.randbits(32) if SOAK else sessions)
         # Each has a seed of its own: whoever looks for a fault may leave steps out.
-        steps = [(random.choice(STEPS), random.randrange(1000)) for _ in range(100)]
-        session = Session(new_desktop(service=SERVICE + " -log"))
+        kinds = random.choices([*STEPS], [often for often, _ in STEPS.values()], k=100)
+        steps = [(kind, random.randrange(1000)) for kind in kinds]
+        session = Session(new_desktop(service=SERVICE + " -jsonlog"))
         try:
             session.run(steps)
         except BaseException:

@@ -10,27 +10,22 @@ import threading
 import pytest
 from gi.repository import Gio, GLib
 
-from desktop import INTERFACE, NAME, OBJECT, PROGRAM
+from desktop import BUS, INTERFACE, NAME, OBJECT, PROGRAM
 from model import page_link
-from processes import END_SIGNALS, SILENCE, golden
+from processes import END_SIGNALS, LIMIT, SILENCE, golden
 from road import BUS_BUSY, BUSY, LINK, PAGE, bulky_link
-from test_attacks import RawSender
 
 
 # The bus.
 
 
-def silent_bus(desktop):
-    """The address of a bus that lets everybody in, and says nothing."""
+def test_whoever_waits_for_the_bus_is_told_and_may_end_it(new_desktop):
+    desktop = new_desktop(bus=False)
+    # It lets everybody in, and says nothing.
     bus = desktop.enter_context(socket.socket(socket.AF_UNIX))
     bus.bind(desktop.folder + "/silent")
     bus.listen()
-    return f"unix:path={desktop.folder}/silent"
-
-
-def test_whoever_waits_for_the_bus_is_told_and_may_end_it(new_desktop):
-    desktop = new_desktop(bus=False)
-    address = silent_bus(desktop)
+    address = f"unix:path={desktop.folder}/silent"
     starts = {arguments: desktop.start(*arguments, DBUS_SESSION_BUS_ADDRESS=address)
               for arguments in ((), ("--dbus-service",), (LINK,))}
     for process in starts.values():
@@ -65,8 +60,7 @@ def test_a_link_is_followed_again_only_when_the_asked_program_has_left(new_deskt
     desktop = new_desktop(bus='<limit name="reply_timeout">500</limit>')
     listener = desktop.listen("-log")
     stuck = bulky_link(100_000)
-    answers = []
-    desktop.call_open([stuck], answers)
+    desktop.call_open(stuck)
     assert desktop.run(LINK) == ("", "vastel-connect: no answer comes any more: the link may have "
                                      "been opened, or not\n", 1)
     listener.expect_log(stuck, LINK)
@@ -91,22 +85,71 @@ def test_a_program_that_hands_over_takes_no_link(desktop, listener):
     assert desktop.opened() == PAGE
 
 
-def test_a_call_with_descriptors_that_find_no_room_harms_nothing(desktop, listener):
-    desktop.expect_link(listener)
-    before = len(listener.descriptors())
-    limits = desktop.spawn("prlimit", f"--pid={listener.pid}", f"--nofile={before}:")
-    assert limits.finish() == SILENCE
-    files = Gio.UnixFDList.new_from_array([os.dup(0) for _ in range(4)])
+def test_a_call_with_descriptors_harms_nothing(desktop, listener):
+    # The bus refuses what the program does not take.
     with pytest.raises(GLib.Error):
         desktop.bus.call_with_unix_fd_list_sync(
             NAME, OBJECT, INTERFACE, "Open", GLib.Variant("(asa{sv})", (["x:"], {})), None,
-            Gio.DBusCallFlags.NONE, 20_000, files, None)
-    limits = desktop.spawn("prlimit", f"--pid={listener.pid}", "--nofile=1024:")
-    assert limits.finish() == SILENCE
+            Gio.DBusCallFlags.NONE, 20_000, Gio.UnixFDList.new_from_array([os.dup(0)]), None)
     desktop.expect_link(listener)
 
 
-# The end.
+# Senders without end.
+
+
+class RawSender:
+    """A connection to the bus that sends calls, and reads nothing once it is made."""
+
+    def __init__(self, desktop):
+        self._serial = 0
+        self._socket = desktop.enter_context(socket.socket(socket.AF_UNIX))
+        self._socket.settimeout(LIMIT)
+        self._socket.connect(desktop.folder + "/bus")
+        self._socket.sendall(b"\0AUTH EXTERNAL %s\r\n" % str(os.geteuid()).encode().hex().encode())
+        self._read_until(b"\r\n")
+        self._socket.sendall(b"BEGIN\r\n")
+        self._call(None, BUS, "/org/freedesktop/DBus", BUS, "Hello")
+        # The answer, and the signal that the name was given.
+        self._read_until(b"NameAcquired")
+
+    def flood(self, count):
+        for _ in range(count):
+            self._call(GLib.Variant("(as)", (["screenpop"],)), NAME, OBJECT, INTERFACE, "Open")
+
+    def flood_until(self, is_over, name, links):
+        """Sends the same call again and again, for which no answer is asked."""
+        call = self._message(GLib.Variant("(as)", (links,)), name, OBJECT, INTERFACE, "Open")
+        call.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
+        calls = call.to_blob(Gio.DBusCapabilityFlags.NONE) * 20
+        while not is_over.is_set():
+            self._socket.sendall(calls)
+
+    def _message(self, body, *call):
+        message = Gio.DBusMessage.new_method_call(*call)
+        if body:
+            message.set_body(body)
+        self._serial += 1
+        message.set_serial(self._serial)
+        return message
+
+    def _call(self, body, *call):
+        self._socket.sendall(self._message(body, *call).to_blob(Gio.DBusCapabilityFlags.NONE))
+
+    def _read_until(self, end):
+        text = b""
+        while end not in text:
+            assert (block := self._socket.recv(4096)), text
+            text += block
+
+
+def test_a_sender_that_never_reads_its_answers_keeps_nobody_waiting(desktop, listener):
+    desktop.expect_link(listener)
+    sender = RawSender(desktop)
+    # The bus refuses more calls of one sender than 128 before they are answered.
+    for _ in range(50):
+        sender.flood(100)
+        listener.expect_log(*["screenpop"] * 100)
+    desktop.expect_link(listener)
 
 
 def test_a_sender_without_end_does_not_keep_the_program_from_ending(new_desktop):
@@ -125,28 +168,22 @@ def test_a_sender_without_end_does_not_keep_the_program_from_ending(new_desktop)
         flood.join()
 
 
-def test_a_second_signal_ends_the_program_at_once(desktop, listener):
-    listener.send(signal.SIGSTOP)
-    answers = []
-    desktop.call_open([LINK], answers)
-    desktop.ask_bus("GetId")
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGCONT):
-        listener.send(number)
-    assert listener.finish().status in (-signal.SIGINT, -signal.SIGTERM)
-    desktop.wait_until(lambda: answers)
-    assert answers != [None]
+# The end.
 
 
-def test_a_terminal_that_goes_away_sends_no_second_signal(desktop, listener):
+@pytest.mark.parametrize("first, is_opened", [(signal.SIGINT, False), (signal.SIGHUP, True)])
+def test_a_second_signal_ends_the_program_at_once_but_for_a_terminal_that_goes_away(
+        desktop, listener, first, is_opened):
     listener.send(signal.SIGSTOP)
-    answers = []
-    desktop.call_open([LINK], answers)
-    desktop.ask_bus("GetId")
-    for number in (signal.SIGHUP, signal.SIGTERM, signal.SIGCONT):
+    answers = desktop.call_open(LINK)
+    for number in (first, signal.SIGTERM, signal.SIGCONT):
         listener.send(number)
-    listener.expect_log(LINK)
-    assert desktop.opened() == PAGE
-    assert listener.finish() == SILENCE
+    if is_opened:
+        listener.expect_log(LINK)
+        assert desktop.opened() == PAGE
+    assert listener.finish().status in ([0] if is_opened else [-signal.SIGINT, -signal.SIGTERM])
+    desktop.wait_until(lambda: all(answers))
+    assert (answers == [[None]]) == is_opened
 
 
 def test_a_slow_reader_has_one_second_for_all_lines(desktop):
@@ -155,10 +192,7 @@ def test_a_slow_reader_has_one_second_for_all_lines(desktop):
     process = desktop.listen("-log", streams={"stdout": writer})
     os.close(writer)
     os.read(reader, 1 << 20)
-    answers = []
-    for _ in range(40):
-        desktop.call_open([bulky_link(45_000)], answers)
-    desktop.ask_bus("GetId")
+    desktop.call_open(*[bulky_link(45_000)] * 40)
     process.send(signal.SIGTERM)
     ended = os.pidfd_open(process.pid)
     desktop.callback(os.close, ended)
@@ -193,9 +227,7 @@ def test_an_alarm_that_nobody_here_has_set_costs_no_line(desktop, listener):
 
 @pytest.mark.parametrize("number", END_SIGNALS)
 def test_a_signal_that_was_ignored_at_the_start_stays_ignored(desktop, number):
-    process = desktop.spawn("env", f"--ignore-signal={number}", PROGRAM, "-log")
-    process.banner()
-    desktop.wait_for_owner(process.pid)
+    process = desktop.listen("-log", command=("env", f"--ignore-signal={number}", PROGRAM))
     process.send(number)
     for _ in range(2):
         desktop.expect_link(process)

@@ -6,7 +6,7 @@ from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE
 from model import page_link
-from processes import SILENCE, status_of
+from processes import SILENCE, SWITCHES
 from road import LINK, PAGE, pages
 
 OPEN = GLib.Variant("(asa{sv})", ([LINK], {}))
@@ -22,23 +22,12 @@ def logged(new_desktop):
 # Over the bus.
 
 
-def test_open_cold_starts_the_program_and_opens_the_page(desktop):
-    desktop.open(LINK)
-    assert desktop.opened() == PAGE
-    assert status_of(desktop.owner())["Name"] == "vastel-connect"
-
-
-def test_open_cold_logs_only_the_links_after_the_first(logged):
+def test_open_cold_starts_the_program_which_logs_only_the_links_after_the_first(logged):
     logged.open(LINK)
     assert logged.opened() == PAGE
     # What the bus starts writes where the bus does.
     logged.daemon.banner()
     logged.expect_link(logged.daemon, "https://page.test/second")
-
-
-def test_open_warm_logs_and_opens_the_page(desktop, listener):
-    for page in pages(3):
-        desktop.expect_link(listener, page)
 
 
 def test_open_may_come_without_platform_data(desktop, listener):
@@ -56,12 +45,6 @@ def test_open_may_want_no_answer(desktop):
         assert desktop.opened() == PAGE
 
 
-def test_platform_data_of_any_other_kind_is_passed_over(desktop):
-    desktop.open(LINK, x=GLib.Variant("(ia{sv}v)", (1, {}, GLib.Variant("as", ["y"]))),
-                 activation_token="token", z=GLib.Variant("ay", b"zz"))
-    assert desktop.page().environment["XDG_ACTIVATION_TOKEN"] == "token"
-
-
 def test_activate_starts_the_program_and_is_answered(logged):
     logged.call("Activate", NOTHING)
     logged.daemon.banner()
@@ -75,13 +58,6 @@ def test_activate_starts_the_program_and_is_answered(logged):
 def test_a_call_without_a_link_is_answered(desktop, listener, method, parameters):
     desktop.call(method, parameters)
     desktop.expect_link(listener)
-
-
-def test_the_bus_tells_what_the_program_takes(desktop, listener):
-    (text,) = desktop.call("Introspect", None, "org.freedesktop.DBus.Introspectable")
-    interface = Gio.DBusNodeInfo.new_for_xml(text).lookup_interface(INTERFACE)
-    assert [method.name for method in interface.methods] == ["Activate", "Open", "ActivateAction"]
-    assert "Deprecated" not in text
 
 
 def test_a_start_without_a_link_waits_for_none(logged):
@@ -101,9 +77,6 @@ def test_a_call_of_a_wrong_form_is_an_error_and_harms_nothing(desktop, listener)
                  ("Open", GLib.Variant("(s)", (LINK,))),
                  ("Open", GLib.Variant("(asa{ss})", ([LINK], {}))),
                  ("Open", GLib.Variant("(asa{sv}s)", ([LINK], {}, ""))),
-                 ("Open", GLib.Variant("(aas)", ([[LINK]],))),
-                 ("Open", GLib.Variant("(av)", ([GLib.Variant("s", LINK)],))),
-                 ("Open", GLib.Variant("(ay)", (LINK.encode(),))),
                  ("Open", None),
                  ("Activate", None),
                  ("Activate", GLib.Variant("(s)", ("",))),
@@ -133,6 +106,16 @@ def test_the_bus_of_the_runtime_folder_is_found(desktop):
 # By a command line.
 
 
+def test_no_text_of_the_bus_and_no_link_of_a_command_line_is_a_switch(desktop):
+    listener = desktop.listen()
+    desktop.open(*SWITCHES, "-h", "/help", "--dbus-service")
+    for text in ("screenpop:-help", "x:/help", "h:-h", LINK):
+        assert desktop.run(text) == SILENCE
+    assert desktop.opened() == PAGE
+    # Had one been read, there would be texts or log lines, or an end.
+    assert listener.end() == SILENCE
+
+
 def test_exec_cold_ends_silently_and_the_bus_starts_the_program(desktop):
     process = desktop.start("-log", "-jsonlog", LINK)
     assert process.finish() == SILENCE
@@ -148,20 +131,7 @@ def test_exec_warm_ends_silently_and_the_listener_opens_the_pages_in_their_order
     assert desktop.owner() == listener.pid
 
 
-@pytest.mark.parametrize("service", [None, "/bin/false", "/nowhere/vastel-connect"])
-def test_exec_without_a_service_that_starts_becomes_the_application(new_desktop, service):
-    desktop = new_desktop(service=service)
-    process = desktop.start("-log", LINK)
-    assert desktop.opened() == PAGE
-    # The link of the start writes no log line.
-    process.banner()
-    desktop.expect_link(process, "https://page.test/second")
-    assert desktop.owner() == process.pid
-    assert process.end() == SILENCE
-
-
-@pytest.mark.parametrize("character", ["\ufdd0", "\uffff", "\U0010fffe"])
-def test_exec_refuses_a_link_that_the_bus_does_not_carry(desktop, listener, character):
-    assert desktop.run("screenpop:" + character) == (
+def test_exec_refuses_a_link_that_the_bus_does_not_carry(desktop, listener):
+    assert desktop.run("screenpop:\ufdd0") == (
         "", "vastel-connect: the link was refused: the bus does not carry it\n", 1)
     desktop.expect_link(listener)

@@ -7,7 +7,7 @@ import pytest
 from desktop import SERVICE
 from links import all_links
 from model import expect, page_link
-from processes import SILENCE, messages_of
+from processes import SILENCE
 from road import TEXTS, bulky_link, expect_texts_unchanged, pages
 
 
@@ -29,26 +29,20 @@ def test_each_link_is_what_the_model_says(desktop):
             listener = None
 
 
-@pytest.mark.parametrize("follow, sizes", [("open", [100_000, 1_400_000]), ("run", [100_000])])
-def test_each_text_arrives_unchanged(desktop, follow, sizes):
-    expect_texts_unchanged(desktop, getattr(desktop, follow), [*TEXTS, *map(bulky_link, sizes)])
+def test_each_text_of_a_command_line_arrives_unchanged(desktop):
+    expect_texts_unchanged(desktop, desktop.run, [*TEXTS, bulky_link(100_000)])
 
 
 # Many at once.
 
 
-@pytest.mark.parametrize("service, listens", [(SERVICE, False), (SERVICE, True), (None, False)],
-                         ids=["by a program that the bus starts", "by a listener", "by one of them"])
-def test_twenty_at_once_are_opened_once_each(new_desktop, service, listens):
+@pytest.mark.parametrize("service", [SERVICE, None])
+def test_twenty_at_once_are_opened_once_each_by_one_that_they_start(new_desktop, service):
     desktop = new_desktop(service=service)
-    listener = desktop.listen("-log") if listens else None
-    links = [*map(page_link, pages(20))]
-    processes = desktop.start_at_once(links)
+    processes = [desktop.start(page_link(page)) for page in pages(20)]
     assert desktop.opened_all(20) == pages(20)
     ended = [process for process in processes if process.pid != desktop.owner()]
     assert [process.finish() for process in ended] == [SILENCE] * len(ended)
+    # Without a service it is one of them.
     assert len(ended) == (20 if service else 19)
     assert not service or len(desktop.names_seen()) == 1
-    if listens:
-        expected = messages_of(*links)
-        assert sorted(listener.messages(len(expected))) == sorted(expected)
