@@ -23,11 +23,4 @@ inline void expect(bool same, const char* what) {
   std::abort();
 }
 
-/// Takes what stands before the next `separator` of `text`, which loses both.
-inline std::string_view takeField(std::string_view& text, char separator = '\n') {
-  const std::string_view field = text.substr(0, text.find(separator));
-  text.remove_prefix(field.size() < text.size() ? field.size() + 1 : text.size());
-  return field;
-}
-
 }  // namespace Vastel_Connect::fuzz

@@ -24,15 +24,15 @@ bool sameNumber(const std::string& written, const std::string& text) {
 }
 
 bool same(const Json& written, const Json& read) {
-  if (written.kind != read.kind || written.members.size() != read.members.size()) return false;
+  if (written.kind != read.kind) return false;
   if (read.kind == Json::Number) return sameNumber(written.text, read.text);
   return written.text == read.text &&
          std::equal(written.elements.begin(), written.elements.end(), read.elements.begin(),
                     read.elements.end(), same) &&
-         std::all_of(written.members.begin(), written.members.end(), [&read](const auto& member) {
-           const Json* other = read.member(member.key);
-           return other != nullptr && same(member.value, *other);
-         });
+         std::equal(written.members.begin(), written.members.end(), read.members.begin(),
+                    read.members.end(), [](const auto& one, const auto& other) {
+                      return one.first == other.first && same(one.second, other.second);
+                    });
 }
 
 /// Whether a number of the document, or its power of ten, is beyond a double's. The grammar leaves
@@ -44,13 +44,9 @@ bool hasHugeNumber(const Json& json) {
         exponent != std::string::npos ? std::strtol(&json.text[exponent + 1], nullptr, 10) : 0;
     return std::labs(power) > 290 || json.text.size() > 290;
   }
-  for (const Json& each : json.elements) {
-    if (hasHugeNumber(each)) return true;
-  }
-  for (const auto& [key, member] : json.members) {
-    if (hasHugeNumber(member)) return true;
-  }
-  return false;
+  return std::any_of(json.elements.begin(), json.elements.end(), hasHugeNumber) ||
+         std::any_of(json.members.begin(), json.members.end(),
+                     [](const auto& member) { return hasHugeNumber(member.second); });
 }
 
 }  // namespace

@@ -1,35 +1,38 @@
 #include "fuzz/Reference.h"
 
+#include <strings.h>
+
 #include <algorithm>
+#include <cctype>
 #include <regex>
 
 namespace Vastel_Connect::reference {
 namespace {
 
-constexpr std::string_view kUpper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-constexpr std::string_view kLower = "abcdefghijklmnopqrstuvwxyz";
-constexpr std::string_view kDigits = "0123456789";
+bool isOneOf(char c, std::string_view set) {
+  return set.find(c) != set.npos;
+}
 
-bool isOneOf(char c, std::initializer_list<std::string_view> sets) {
-  return std::any_of(sets.begin(), sets.end(),
-                     [c](std::string_view set) { return set.find(c) != set.npos; });
+bool isAlphanumeric(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0;
 }
 
 bool isHex(char c) {
-  return isOneOf(c, {kDigits, "abcdef", "ABCDEF"});
+  return std::isxdigit(static_cast<unsigned char>(c)) != 0;
 }
 
 }  // namespace
 
 std::optional<std::string> base64(std::string_view text) {
-  const std::string alphabet = std::string(kUpper).append(kLower).append(kDigits).append("+/");
+  constexpr std::string_view kAlphabet =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   if (text.size() % 4 != 0) return std::nullopt;
   std::size_t signs = text.size();
   while (signs > 0 && text.size() - signs < 2 && text[signs - 1] == '=') --signs;
   std::string bits;
   for (std::size_t i = 0; i < signs; ++i) {
-    const auto index = alphabet.find(text[i]);
-    if (index == alphabet.npos) return std::nullopt;
+    const auto index = kAlphabet.find(text[i]);
+    if (index == kAlphabet.npos) return std::nullopt;
     for (int bit = 5; bit >= 0; --bit) bits += (index >> bit & 1) != 0 ? '1' : '0';
   }
   std::string bytes;
@@ -71,7 +74,7 @@ bool isUrl(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '%') {
       if (i + 2 >= text.size() || !isHex(text[i + 1]) || !isHex(text[i + 2])) return false;
-    } else if (!isOneOf(text[i], {kUpper, kLower, kDigits, "-_.!~*'()", ";/?:@&=+$,", "[]", "#"})) {
+    } else if (!isAlphanumeric(text[i]) && !isOneOf(text[i], "-_.!~*'();/?:@&=+$,[]#")) {
       return false;
     }
   }
@@ -104,22 +107,10 @@ std::string urlText(const std::string& url) {
 }
 
 std::size_t schemeLength(std::string_view text) {
-  const auto colon = text.find(':');
-  if (colon == text.npos || colon == 0) return 0;
-  for (std::size_t i = 0; i < colon; ++i) {
-    if (isOneOf(text[i], {kUpper, kLower})) continue;
-    if (i == 0 || !isOneOf(text[i], {kDigits, "+-."})) return 0;
-  }
-  return colon;
-}
-
-std::string lowerCase(std::string_view ascii) {
-  std::string result;
-  for (const char c : ascii) {
-    const auto index = kUpper.find(c);
-    result += index == kUpper.npos ? c : kLower[index];
-  }
-  return result;
+  static const std::regex form("([A-Za-z][A-Za-z0-9+.-]*):");
+  std::cmatch found;
+  std::regex_search(text.begin(), text.end(), found, form, std::regex_constants::match_continuous);
+  return static_cast<std::size_t>(found.length(1));
 }
 
 bool listHasScheme(std::string_view list, std::string_view scheme) {
@@ -134,7 +125,9 @@ Outcome followLink(std::string_view uri) {
   const auto say = [&outcome](std::string text) { outcome.messages.push_back(std::move(text)); };
   const auto colon = uri.find(':');
   if (colon == uri.npos) return say("invalid protocol"), outcome;
-  if (lowerCase(uri.substr(0, colon)) != "screenpop") return say("Invalid protocol"), outcome;
+  if (colon != 9 || ::strncasecmp(uri.data(), "screenpop", 9) != 0) {
+    return say("Invalid protocol"), outcome;
+  }
   say("process screenpop");
   std::string_view command = uri.substr(colon + 1);
   if (command.substr(0, 2) == "//") command = command.substr(2);
@@ -143,10 +136,11 @@ Outcome followLink(std::string_view uri) {
   const auto request = parseJson(*decoded);
   outcome.stops = request && request->kind == Json::Array;
   if (outcome.stops) return outcome;
-  const Json* page = request ? request->member("WebPage") : nullptr;
-  if (page == nullptr || page->kind != Json::String) return say("no webpage to open"), outcome;
-  say("webpage: " + page->text);
-  if (isUrl(page->text) && schemeLength(page->text) > 0) outcome.page = page->text;
+  const Json page =
+      request && request->members.contains("WebPage") ? request->members.at("WebPage") : Json();
+  if (page.kind != Json::String) return say("no webpage to open"), outcome;
+  say("webpage: " + page.text);
+  if (isUrl(page.text) && schemeLength(page.text) > 0) outcome.page = page.text;
   return outcome;
 }
 

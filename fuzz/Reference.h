@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,32 +29,18 @@ namespace Vastel_Connect::reference {
 /// The length of the scheme in front of a text's first colon; 0 without one.
 [[nodiscard]] std::size_t schemeLength(std::string_view text);
 
-[[nodiscard]] std::string lowerCase(std::string_view ascii);
-
 /// Whether a list of schemes between semicolons has one, which is a scheme.
 [[nodiscard]] bool listHasScheme(std::string_view list, std::string_view scheme);
 
 /// A JSON value as far as the program looks at it.
 struct Json {
-  struct Member;
   enum Kind { Null, True, False, Number, String, Array, Object };
 
   Kind kind = Null;
   /// A string's text, or a number as it is written.
   std::string text;
   std::vector<Json> elements;
-  /// In the order in which the keys come first.
-  std::vector<Member> members;
-
-  /// The value of a key, or null.
-  [[nodiscard]] const Json* member(std::string_view key) const;
-  /// Stores a value under a key, in the place of an earlier one.
-  void store(std::string_view key, Json value);
-};
-
-struct Json::Member {
-  std::string key;
-  Json value;
+  std::map<std::string, Json, std::less<>> members;
 };
 
 /// Reads a document whose top level is an object or an array, at most 512 levels deep.

@@ -1,6 +1,5 @@
 // JSON after RFC 8259, one function a rule of its grammar. A function that fails returns false, and
 // what it has read by then is thrown away with the document.
-#include <algorithm>
 #include <utility>
 
 #include "fuzz/Reference.h"
@@ -15,42 +14,49 @@ class Reader {
   explicit Reader(std::string_view text) : rest_(text) {}
 
   bool document(Json& json) {
-    blanks();
-    if (!value(json, 0)) return false;
-    blanks();
-    return rest_.empty() && (json.kind == Json::Array || json.kind == Json::Object);
+    return value(json, 0) && rest_.empty() &&
+           (json.kind == Json::Array || json.kind == Json::Object);
   }
 
  private:
   bool take(std::string_view what) {
-    if (rest_.substr(0, what.size()) != what) return false;
+    if (!rest_.starts_with(what)) return false;
     rest_.remove_prefix(what.size());
     return true;
   }
 
-  [[nodiscard]] bool sees(std::string_view any) const {
-    return !rest_.empty() && any.find(rest_.front()) != any.npos;
-  }
-
   /// Takes the next sign into `text` if it is one of `any`.
   bool takeOneOf(std::string_view any, std::string& text) {
-    if (!sees(any)) return false;
+    if (rest_.empty() || any.find(rest_.front()) == any.npos) return false;
     text += rest_.front();
     rest_.remove_prefix(1);
     return true;
   }
 
   void blanks() {
-    while (sees(" \t\r\n")) rest_.remove_prefix(1);
+    std::string taken;
+    while (takeOneOf(" \t\r\n", taken)) {
+    }
   }
 
+  /// Any value, and the blanks around it. `depth` is how many objects and arrays it stands in.
   bool value(Json& json, int depth) {
-    if (sees("{")) return depth < kLevels && object(json, depth + 1);
-    if (sees("[")) return depth < kLevels && array(json, depth + 1);
-    if (sees("\"")) {
-      json.kind = Json::String;
-      return string(json.text);
+    blanks();
+    if (!valueAlone(json, depth)) return false;
+    blanks();
+    return true;
+  }
+
+  bool valueAlone(Json& json, int depth) {
+    json.kind = Json::Object;
+    if (take("{")) return depth < kLevels && list("}", [&] { return member(json, depth + 1); });
+    json.kind = Json::Array;
+    if (take("[")) {
+      return depth < kLevels &&
+             list("]", [&] { return value(json.elements.emplace_back(), depth + 1); });
     }
+    json.kind = Json::String;
+    if (take("\"")) return string(json.text);
     for (const auto& [word, kind] :
          {std::pair("null", Json::Null), {"true", Json::True}, {"false", Json::False}}) {
       json.kind = kind;
@@ -60,50 +66,33 @@ class Reader {
     return number(json.text);
   }
 
-  bool array(Json& json, int depth) {
-    json.kind = Json::Array;
-    take("[");
+  /// Items between commas, or none, and the end of them.
+  template <typename Item>
+  bool list(std::string_view end, Item item) {
     blanks();
-    if (take("]")) return true;
+    if (take(end)) return true;
     do {
-      blanks();
-      if (!value(json.elements.emplace_back(), depth)) return false;
-      blanks();
+      if (!item()) return false;
     } while (take(","));
-    return take("]");
+    return take(end);
   }
 
-  bool object(Json& json, int depth) {
-    json.kind = Json::Object;
-    take("{");
-    blanks();
-    if (take("}")) return true;
-    do {
-      blanks();
-      std::string key;
-      Json member;
-      if (!sees("\"") || !string(key)) return false;
-      blanks();
-      if (!take(":")) return false;
-      blanks();
-      if (!value(member, depth)) return false;
-      json.store(key, std::move(member));
-      blanks();
-    } while (take(","));
-    return take("}");
+  bool member(Json& object, int depth) {
+    Json key;
+    if (!value(key, depth) || key.kind != Json::String || !take(":")) return false;
+    // Of a repeated key the last value counts.
+    Json& json = object.members[key.text] = Json();
+    return value(json, depth);
   }
 
   bool string(std::string& text) {
-    take("\"");
     while (!take("\"")) {
-      if (rest_.empty()) return false;
-      const char c = rest_.front();
-      if (static_cast<unsigned char>(c) < ' ') return false;
-      rest_.remove_prefix(1);
-      if (c != '\\') {
-        text += c;
-      } else if (!escape(text)) {
-        return false;
+      if (rest_.empty() || static_cast<unsigned char>(rest_.front()) < ' ') return false;
+      if (take("\\")) {
+        if (!escape(text)) return false;
+      } else {
+        text += rest_.front();
+        rest_.remove_prefix(1);
       }
     }
     return isUtf8(text);
@@ -113,20 +102,19 @@ class Reader {
     if (take("u")) return unicodeEscape(text);
     constexpr std::string_view kNames = "\"\\/bfnrt";
     constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t";
-    if (!sees(kNames)) return false;
-    text += kMeanings[kNames.find(rest_.front())];
-    rest_.remove_prefix(1);
+    std::string name;
+    if (!takeOneOf(kNames, name)) return false;
+    text += kMeanings[kNames.find(name)];
     return true;
   }
 
-  /// A surrogate stands for nothing but as the first of a pair.
+  /// A surrogate that is not of a pair makes no UTF-8, for which the string is refused.
   bool unicodeEscape(std::string& text) {
     unsigned long codePoint = 0;
-    if (!fourHexDigits(codePoint) || (codePoint >= 0xDC00 && codePoint <= 0xDFFF)) return false;
-    if (codePoint >= 0xD800 && codePoint <= 0xDBFF) {
-      unsigned long second = 0;
-      if (!take("\\u") || !fourHexDigits(second)) return false;
-      if (second < 0xDC00 || second > 0xDFFF) return false;
+    if (!fourHexDigits(codePoint)) return false;
+    unsigned long second = 0;
+    if (codePoint >= 0xD800 && codePoint <= 0xDBFF && take("\\u") && fourHexDigits(second) &&
+        second >= 0xDC00 && second <= 0xDFFF) {
       codePoint = 0x10000 + (codePoint - 0xD800) * 0x400 + (second - 0xDC00);
     }
     text += encodeUtf8(codePoint);
@@ -162,22 +150,6 @@ class Reader {
 };
 
 }  // namespace
-
-const Json* Json::member(std::string_view key) const {
-  const auto found = std::find_if(members.begin(), members.end(),
-                                  [key](const auto& each) { return each.key == key; });
-  return found != members.end() ? &found->value : nullptr;
-}
-
-void Json::store(std::string_view key, Json value) {
-  for (Member& member : members) {
-    if (member.key == key) {
-      member.value = std::move(value);
-      return;
-    }
-  }
-  members.push_back({std::string(key), std::move(value)});
-}
 
 std::optional<Json> parseJson(std::string_view text) {
   Json json;

@@ -17,16 +17,6 @@ namespace {
 
 bool mayStop = false;
 
-}  // namespace
-
-/// Stands before the C library's. A stop where none is due would end the fuzzing silently.
-extern "C" void _Exit(int status) noexcept {
-  fuzz::expect(mayStop, "it stops");
-  ::_exit(status);
-}
-
-namespace {
-
 void follow(std::string_view link) {
   AppDelegate delegate;
   delegate.FlagLog = delegate.FlagJsonLog = true;
@@ -57,7 +47,7 @@ void expectLines(const std::vector<std::string>& messages, const std::vector<std
     fuzz::expect(lines[2 * i] == "Log 14:07:09> " + messages[i], "a plain log line");
     const auto record = reference::parseJson(lines[2 * i + 1]);
     const bool valid = reference::isUtf8(messages[i]);
-    fuzz::expect(record && record->member("message")->text ==
+    fuzz::expect(record && record->members.at("message").text ==
                                (valid ? messages[i] : "error while serializing [log]"),
                  "a JSON log line");
   }
@@ -91,6 +81,12 @@ void tryList(std::string_view text) {
 }
 
 }  // namespace
+
+/// Stands before the C library's. A stop where none is due would end the fuzzing silently.
+extern "C" void _Exit(int status) noexcept {
+  fuzz::expect(mayStop, "it stops");
+  ::_exit(status);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto text = fuzz::textOf(data, size);
