@@ -1,7 +1,8 @@
-// Tests AppDelegate::logMessage.
+// Tests AppDelegate::logMessage, and log/JsonLogLine.h.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/json.hpp>
 #include <thread>
 
 #include "tests/platform/RecordingHost.h"
@@ -37,11 +38,24 @@ TEST_F(LogMessage, WritesAPlainLineThenAJsonLineAsTheSwitchesSay) {
   EXPECT_THAT(lines("hello"), ElementsAre(kJsonLine));
 }
 
-TEST_F(LogMessage, LeavesTheMessageOfAPlainLineUnchanged) {
-  delegate.FlagLog = true;
-  EXPECT_THAT(lines(""), ElementsAre("Log 14:07:09> "));
-  EXPECT_THAT(lines("a\n\"b\"\\ \xC3\xA9", " x "),
-              ElementsAre("Log 14:07:09> a\n\"b\"\\ \xC3\xA9 x "));
+TEST_F(LogMessage, LeavesAMessageUnchangedInAPlainLineAndInAJsonLineThatStaysOne) {
+  delegate.FlagLog = delegate.FlagJsonLog = true;
+  for (const std::string& message : {std::string("\"\\ line\nfeeds\r\n\0\x1B\x07\x7F ", 18),
+                                     std::string(), std::string("caf\xC3\xA9 \xF0\x9F\x98\x80")}) {
+    const auto both = lines(message);
+    EXPECT_EQ(both.at(0), "Log 14:07:09> " + message);
+    for (const char c : both.at(1)) EXPECT_GE(static_cast<unsigned char>(c), ' ') << both[1];
+    EXPECT_EQ(boost::json::parse(both[1]).at("message").as_string(), message);
+  }
+}
+
+TEST_F(LogMessage, SaysSoOfAMessageThatJsonCannotHold) {
+  delegate.FlagJsonLog = true;
+  for (const std::string_view message : {"\xFF", "a\xC3", "\xED\xA0\x80"}) {
+    EXPECT_THAT(lines(message),
+                ElementsAre(R"({"datetime":"2018-03-05T14:07:09+0100","event":"Log",)"
+                            R"("message":"error while serializing [log]"})"));
+  }
 }
 
 TEST_F(LogMessage, MarksThePlainLinesOfOtherThreadsWhichMayLogAtOnce) {

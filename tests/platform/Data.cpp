@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <boost/json.hpp>
-#include <charconv>
 #include <fstream>
 #include <sstream>
 
@@ -39,9 +38,7 @@ std::string jsonString(std::string_view cell) {
 std::string hexBytes(std::string_view cell) {
   std::string bytes;
   for (std::size_t i = 0; i + 1 < cell.size(); i += 2) {
-    unsigned byte = 0;
-    std::from_chars(&cell[i], &cell[i] + 2, byte, 16);
-    bytes += static_cast<char>(byte);
+    bytes += static_cast<char>(std::stoi(std::string(cell.substr(i, 2)), nullptr, 16));
   }
   return bytes;
 }

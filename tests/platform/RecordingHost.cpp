@@ -14,10 +14,6 @@ RecordingHost& RecordingHost::instance() {
 void RecordingHost::reset() {
   const std::lock_guard lock(mutex_);
   events_.clear();
-  arguments = {"/usr/bin/vastel-connect"};
-  opens = true;
-  records = true;
-  mainThread = std::this_thread::get_id();
 }
 
 std::vector<std::string> RecordingHost::events() const {
@@ -34,7 +30,6 @@ std::vector<std::string> RecordingHost::eventsOf(std::string_view kind) const {
 }
 
 void RecordingHost::record(std::string_view kind, std::string_view value) {
-  if (!records) return;
   const std::lock_guard lock(mutex_);
   events_.push_back(std::string(kind).append(value));
 }
@@ -42,9 +37,8 @@ void RecordingHost::record(std::string_view kind, std::string_view value) {
 namespace platform {
 
 std::vector<std::string> processArguments() {
-  auto& host = RecordingHost::instance();
-  host.eventsBeforeArguments = host.events().size();
-  return host.arguments;
+  RecordingHost::instance().record("read arguments");
+  return RecordingHost::instance().arguments;
 }
 
 void setUriEventHandler() {
@@ -73,7 +67,7 @@ std::string jsonLogDate() {
 
 bool openUrl(std::string_view url) {
   RecordingHost::instance().record("open: ", url);
-  return RecordingHost::instance().opens;
+  return false;
 }
 
 void printLine(std::string_view line) {

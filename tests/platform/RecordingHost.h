@@ -11,29 +11,24 @@
 namespace Vastel_Connect {
 
 /// A host that talks to no desktop. It keeps one list of all that the program asks of it, in order,
-/// and answers as it was told to. Its clock stands still.
+/// and opens no page. Its clock stands still.
 class RecordingHost {
  public:
   static RecordingHost& instance();
 
-  /// Forgets everything. The caller's thread becomes the main thread.
+  /// Forgets the list.
   void reset();
 
-  /// "print: <line>", "open: <url>", "terminate", "set handler" and "remove handler", in the order
-  /// of the calls.
+  /// "print: <line>", "open: <url>", "read arguments", "terminate", "set handler" and "remove
+  /// handler", in the order of the calls.
   [[nodiscard]] std::vector<std::string> events() const;
   /// What follows `kind` in each event that begins with it.
   [[nodiscard]] std::vector<std::string> eventsOf(std::string_view kind) const;
   void record(std::string_view kind, std::string_view value = {});
 
-  std::vector<std::string> arguments = {"/usr/bin/vastel-connect"};
-  /// What openUrl answers.
-  bool opens = true;
-  /// Whether the list is kept: it would count in a measurement.
-  bool records = true;
-  /// How many events there were when the arguments were read last.
-  std::size_t eventsBeforeArguments = 0;
-  std::thread::id mainThread = std::this_thread::get_id();
+  std::vector<std::string> arguments;
+  /// The first that asked for the host.
+  const std::thread::id mainThread = std::this_thread::get_id();
 
  private:
   mutable std::mutex mutex_;

@@ -9,15 +9,12 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST(Split, GivesAtLeastOnePart) {
+TEST(Split, GivesAtLeastOnePartBetweenSeparatorsOfAnyLength) {
   EXPECT_THAT(splitText("", "."), ElementsAre(""));
   EXPECT_THAT(splitText("a", "."), ElementsAre("a"));
   EXPECT_THAT(splitText("a.b", "."), ElementsAre("a", "b"));
   EXPECT_THAT(splitText("a..b", "."), ElementsAre("a", "", "b"));
   EXPECT_THAT(splitText(".", "."), ElementsAre("", ""));
-}
-
-TEST(Split, TakesASeparatorOfAnyLength) {
   EXPECT_THAT(splitText("a.b->c", "->"), ElementsAre("a.b", "c"));
   EXPECT_THAT(splitText("a.b", ""), ElementsAre("a.b"));
 }
