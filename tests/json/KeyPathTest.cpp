@@ -39,20 +39,6 @@ TEST_F(KeyPath, FindsValuesInDictionariesOnlyAndPrintsNothing) {
   EXPECT_THAT(host.events(), ElementsAre());
 }
 
-TEST_F(KeyPath, StoresInDictionariesThatAreMadeOrReplaceWhatIsNone) {
-  JSON json;
-  setValueForKeyPath(json, "a", 1);
-  setValueForKeyPath(json, "b.c.d", 2);
-  setValueForKeyPath(json, "b.c.e", 3);
-  setValueForKeyPath(json, "b->f", 4, "->");
-  EXPECT_EQ(json, JSON({{"a", 1}, {"b", {{"c", {{"d", 2}, {"e", 3}}}, {"f", 4}}}}));
-  json = {{"a", 1}};
-  setValueForKeyPath(json, "a.b", 2);
-  EXPECT_EQ(json, JSON({{"a", {{"b", 2}}}}));
-  setValueForKeyPath(json, "a", 3);
-  EXPECT_EQ(json, JSON({{"a", 3}}));
-}
-
 TEST_F(KeyPath, TakesTheDelimiterOfTheMomentOfTheCall) {
   keyPathDelimiter = "/";
   const JsonValue* found = valueForKeyPath(kRequest, "Outer/Inner");

@@ -100,6 +100,7 @@ TEST(JsonValueOf, WritesTheValueAsItIs) {
   EXPECT_EQ(written(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
   EXPECT_EQ(written(0.5), "5E-1");
   EXPECT_EQ(written(NumberObject(true)), "true");
+  EXPECT_EQ(written(NumberObject(3.0)), "3E0");
   EXPECT_EQ(written(std::string("a\"b")), R"("a\"b")");
   EXPECT_EQ(written(JSON{{"a", 1}}), R"({"a":1})");
   EXPECT_EQ(written(JsonArray{1, "b"}), R"([1,"b"])");
