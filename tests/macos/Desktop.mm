@@ -147,17 +147,11 @@ static SEL gSelector = nullptr;
 
 /// By AppKit's rule, which GNUstep does not know: a default that is the text "NO", and nothing
 /// else, keeps arguments from being opened. What would be opened is not: it would ask in a dialog.
-- (BOOL)recorded_application:(NSApplication*)application openFiles:(NSArray*)files {
-  id open = [[NSUserDefaults standardUserDefaults] objectForKey:@"NSTreatUnknownArgumentsAsOpen"];
-  BOOL opens = ![open isEqual:@"NO"];
-  record([NSString
-      stringWithFormat:@"%@ %@", opens ? @"open file" : @"pass over",
-                       [[files valueForKey:@"lastPathComponent"] componentsJoinedByString:@" "]]);
-  return YES;
-}
-
 - (BOOL)recorded_application:(NSApplication*)application openFile:(NSString*)file {
-  return [self recorded_application:application openFiles:[NSArray arrayWithObject:file]];
+  id open = [[NSUserDefaults standardUserDefaults] objectForKey:@"NSTreatUnknownArgumentsAsOpen"];
+  record([NSString stringWithFormat:@"%@ %@", [open isEqual:@"NO"] ? @"pass over" : @"open file",
+                                    file.lastPathComponent]);
+  return YES;
 }
 
 @end
@@ -189,7 +183,6 @@ static void sendEvent(NSString* json) {
     watch([NSApplication class], @selector(terminate:));
     watch([NSWorkspace class], @selector(openURL:));
     watch([GSServicesManager class], @selector(application:openFile:));
-    watch([GSServicesManager class], @selector(application:openFiles:));
     watch([NSNotificationCenter class], @selector(postNotificationName:object:userInfo:));
   }
 }

@@ -122,13 +122,6 @@ def listen(start):
     return listen
 
 
-def test_holds_nothing_of_the_tests():
-    binary = EXECUTABLE.read_bytes()
-    assert b"UriEventHandlerWithEvent:withReplyEvent:" in binary
-    for word in (b"ConnectTest", b"TestDesktop", b"recorded_", b"CONNECT_TEST"):
-        assert word not in binary
-
-
 @pytest.mark.parametrize("launch, opened", [
     (None, []),
     # Without a log line: the command line is read later.
@@ -163,11 +156,6 @@ def test_prints_and_ends(start, arguments, passed_over, printed):
 def test_leaves_the_opening_of_files_to_who_asks_for_it(start):
     lines = start("/help", "-NSTreatUnknownArgumentsAsOpen", "YES").rest()
     assert lines[:3] == WILL_FINISH + ["@open file help"]
-
-
-@pytest.mark.parametrize("argument", ["/log", "--help", "help", "-help=1"])
-def test_prints_nothing_for_what_is_no_such_switch(listen, argument):
-    assert listen(argument).terminate() == ENDED_BY_SYSTEM
 
 
 def test_opens_a_page_by_the_text_that_it_is(listen):
@@ -206,15 +194,6 @@ def test_tells_of_an_event_before_it_looks_into_it(listen):
     assert application.send_event({"watched": True, **text_event("no colon")}) == [
         *plain("new uri event"), "@asked for ----",
         *plain("process uri: no colon", "invalid protocol")]
-
-
-@pytest.mark.parametrize("switches", [[], ["-jsonlog"]])
-def test_keeps_the_text_of_an_event(listen, switches):
-    application = listen(*switches)
-    for text in ("", "caf\u00e9 \U0001F600", "a\x7f", " x ", "tab\there", "a\0b:c"):
-        lines = application.send_event(text_event(text))
-        assert [json.loads(line)["message"] for line in lines] == \
-            (expect(text).messages if switches else [])
 
 
 def test_is_stopped_by_an_array(listen):

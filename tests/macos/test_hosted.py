@@ -45,12 +45,6 @@ def documented():
 COMMANDS = scripts(on_macs()) + documented()
 
 
-def test_commands_are_of_the_shells_language():
-    assert len(COMMANDS) > 8
-    for script in COMMANDS:
-        subprocess.run(["bash", "-n"], input=script, text=True, check=True)
-
-
 def test_commands_name_presets_that_there_are():
     named = [pair for script in [*COMMANDS, (ROOT / "dev/mac").read_text()]
              for pair in re.findall(r"(cmake|cmake --build|ctest) --preset ([\w-]+)", script)]
@@ -86,8 +80,7 @@ def test_document_names_the_oldest_system():
 
 
 def test_workflows_name_images_and_actions_by_a_version_that_runs():
-    assert [images(job) for job in on_macs()] == [["macos-15", "macos-15-intel", "macos-26"],
-                                                  ["macos-15"]]
+    assert not [each for job in on_macs() for each in images(job) if "latest" in each]
     used = [step["uses"] for job in jobs() for step in job["steps"] if "uses" in step]
     assert len(used) > 5
     for action in used:
@@ -100,11 +93,7 @@ def test_workflows_name_images_and_actions_by_a_version_that_runs():
 def test_workflow_lets_each_part_tell_its_own_result():
     steps = jobs("macos")[0]["steps"]
     first_build = next(i for i, step in enumerate(steps) if "cmake --build" in step.get("run", ""))
-    rest = steps[first_build + 1:]
-    assert len(rest) > 3
-    assert {step.get("if") for step in rest} == {"${{ !cancelled() }}"}
-    assert "ctest" in rest[-1]["run"]
-    assert any("follow-a-link" in step["run"] and step["timeout-minutes"] <= 10 for step in rest)
+    assert {step.get("if") for step in steps[first_build + 1:]} == {"${{ !cancelled() }}"}
 
 
 def test_release_says_what_nobody_has_signed():
@@ -139,6 +128,7 @@ def test_scripts_use_what_a_mac_has():
     assert len(set(linux)) > 10
     for text in COMMANDS:
         assert LACKING.findall(text) == []
+        subprocess.run(["bash", "-n"], input=text, text=True, check=True)
 
 
 class Stubs:
@@ -240,10 +230,6 @@ def test_mac_says_in_a_line_what_is_missing(stubs, tree, command, stub, words):
         (stubs.path / stub).unlink()
     done = stubs.run(tree / command[0], *command[1:], path="/usr/bin:/bin", **MAC)
     assert (done.returncode, done.stdout) == (1, words + "\n")
-
-
-def test_archive_is_one():
-    assert subprocess.run([HOSTED / "check-archive", "a-1.pkg", "a-2.pkg"]).returncode == 2
 
 
 def test_link_is_followed(stubs):
