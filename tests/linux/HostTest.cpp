@@ -1,4 +1,4 @@
-// Tests what of platform/linux/Host.h no link shows.
+// Tests what of the host on Linux no link shows.
 #include "platform/linux/Host.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +10,8 @@
 #include "platform/Platform.h"
 #include "platform/linux/ApplicationMain.h"
 #include "platform/linux/Ending.h"
+#include "platform/linux/LaunchArguments.h"
+#include "tests/platform/ScopedEnvironment.h"
 
 namespace Vastel_Connect {
 namespace {
@@ -24,6 +26,21 @@ TEST(IsMainThread, IsFalseOnAnyOther) {
 TEST(DeliverUri, DoesNothingBeforeTheApplicationsLife) {
   deliverUri("screenpop:", {.activationToken = "token", .startupId = {}});
   EXPECT_FALSE(host().token.activationToken);
+}
+
+TEST(ReadLaunchArguments, TakesTheProgramsOwnNameForNoLink) {
+  char name[] = "screenpop:";
+  char* arguments[] = {name, nullptr};
+  const LaunchArguments found = readLaunchArguments(1, arguments);
+  EXPECT_EQ(found.all, std::vector<std::string>{"screenpop:"});
+  EXPECT_TRUE(found.links.empty() && !found.startedWithLink);
+}
+
+TEST(JsonLogDate, FollowsAChangeOfTheZone) {
+  for (const auto& [zone, offset] : {std::pair("NPT-5:45", "+0545"), {"NST3:30", "-0330"}}) {
+    const ScopedEnvironment environment("TZ", zone);
+    EXPECT_TRUE(platform::jsonLogDate().ends_with(offset)) << zone;
+  }
 }
 
 TEST(PrintLine, LeavesNoAlarmBehindALineThatWasTaken) {

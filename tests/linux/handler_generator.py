@@ -33,26 +33,33 @@ ODD_EXECS = [
     "one \"%u\"", "one $HOME %u", "one ~ %u", "one a;b %u", "one #a %u", "one\t%u", "one * %u",
     "one %d %D %n %N %v %m %u", "sh -c 'one %u'", "one 'a %u", "one a\\", "one \u00fc %u",
     "one \udcff %u", "./bin/one %u", "folder %u", "plain %u", "one (%u)", "one a|b %u", "one <a %u",
-    "one %%u", "one =%u", "A=b one %u",
+    "one %%u", "one =%u", "A=b one %u", "one `a` %u", "one a&b %u", "one %u%u",
+]
+# Lines of an entry that change nothing, and those with which it is not plain.
+HARMLESS_KEYS = [
+    "Hidden=false", "NoDisplay=true", "Path=", "TryExec=", "TryExec=one", "TryExec=@/bin/one",
+    "Terminal=false", "DBusActivatable=false", "Exec[de]=none %u", "Exec =one --alpha %u",
+    "Type[de]=Link", "OnlyShowIn=Other;", "NotShowIn=GNOME;", "StartupNotify=true", "Icon=icon",
+    "URL=x", "Implements=a.b;", "Actions=none;", "X-Flatpak=org.example", "SingleMainWindow=true",
+    "Name=\udcff", "Name[de]=eins", "X-GNOME-UsesNotifications=true", "X-MultipleArgs=false",
+    "MimeType=text/html;x-scheme-handler/made;",
 ]
 ODD_KEYS = [
-    "Hidden=true", "NoDisplay=true", "Terminal=true", "DBusActivatable=true", "Path=@/home",
-    "Type=Link", "Type=", "Type=Application ", "TryExec=none", "TryExec=one", "TryExec=@/bin/one",
-    "TryExec=bin/one", "TryExec=\udcff", "TryExec=o\\sne", "TryExec=", "Exec=", "Exec[de]=none %u",
-    "Hidden=1", "Terminal=1", "Terminal=false ", "Hidden=false", "OnlyShowIn=Other;", "Name=\udcff",
-    "NotShowIn=GNOME;", "Path=", "Type[de]=Link", "Exec=two %u", "StartupNotify=true", "Icon=icon",
-    "URL=x", "Implements=a.b;", "Exec =two %u", "Actions=none;", "Type=application", "Hidden=True",
-    "X-Flatpak=org.example", "SingleMainWindow=true", "DBusActivatable=1", "Name[de]=eins",
-    "X-GNOME-UsesNotifications=true", "MimeType=x-scheme-handler/made;", "Exec=one a\\nb %u",
+    "Hidden=true", "Hidden=1", "Hidden=True", "Hidden=false \t", "Terminal=true", "Terminal=1",
+    "Terminal=false ", "DBusActivatable=true", "DBusActivatable=1", "Path=@/home", "Type=Link",
+    "Type=", "Type=Application ", "Type=application", "TryExec=none", "TryExec=@/none",
+    "TryExec=bin/one", "TryExec=\udcff", "TryExec=o\\sne", "Exec=", "Exec=one a\\nb %u",
+]
+HARMLESS_LINES = [
+    "#\udcff", "#=x", "[#]", "[ Desktop Entry]", "[Desktop Entry]", "[Default Applications]",
+    "[Added Associations]", "[Removed Associations]", "[MIME Cache]", "[X-Unknown]", "k;*\"=x",
+    "[~!]", "~!=x", "k[d]=x",
 ]
 ODD_LINES = [
-    "no equals sign", "=value", "[group", "[a]b]", "[]", "[a[b]", "key[de=x", "key[de]x=y",
-    "key[]=x",
-    "  ", "\t", "  # blank", " key=blank", "\u00fc=x", "k\udcff=x", "#\udcff", "a\0b=c", "key=a\rb",
-    "[Other]  ", "a b=c", "key [de]=x", "[ Desktop Entry]", "\ufeff", "[\u00fc]", "key\v=x", "\f",
-    "[Default Applications]", "[Desktop Entry]", "[Added Associations]", "[Removed Associations]",
-    "[X-Unknown]", "; comment", "key=\v\f", "k;*\"=x", "[MIME Cache]", "[a\tb]", "]=x",
-    "#=x", "[#]",
+    "no equals sign", "=value", "[group", "[a]b]", "[]", "[", "[a[b]", "key[de=x", "key[de]x=y",
+    "key[]=x", "k[d]e]=v", "k]=x", "]=x", "  ", "\t", "  # blank", " key=blank", "\tkey=blank",
+    "\u00fc=x", "k\udcff=x", "a\0b=c", "key=a\rb", "key=x\r", "[Other]  ", "a b=c", "key [de]=x",
+    "\ufeff", "[\u00fc]", "key\v=x", "\f", "; comment", "key=\v\f", "[a\tb]",
 ]
 
 
@@ -71,13 +78,15 @@ class Generator:
     def often(self, chance):
         return self.rng.random() < chance
 
+    def is_everyday(self):
+        """Whether nothing in the layout is odd; KDE has rules of its own."""
+        return not self.oddness and "KDE" not in (self.environment.get("XDG_CURRENT_DESKTOP") or "")
+
     def layout(self):
-        """Leaves the names of the applications with an everyday entry in `plain_entries`."""
         rng = self.rng
         url = rng.choice(self.urls)
         self.type = "x-scheme-handler/" + url.partition(":")[0].lower()
         self.files = {}
-        self.plain_entries = set()
         self.environment = self.make_environment()
         for folder in CONFIG_FOLDERS + [f"{folder}/applications" for folder in DATA_FOLDERS]:
             self.add_associations(folder)
@@ -95,11 +104,9 @@ class Generator:
         if self.often(0.3):
             environment["XDG_CURRENT_DESKTOP"] = rng.choice(
                 [None, "", "GNOME", "made", "KDE", "Made:KDE", ":Made::", "Other", "GNOME:Made",
-                 "../config/made", "Made-X", "ma.de:ma de:M\u00e4de"])
+                 "Made-X"])
         if not self.odd():
             return environment
-        name = rng.choice(["XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS",
-                           "HOME", "PATH", "GTK_USE_PORTAL", "LANGUAGE", "LC_ALL"])
         values = {
             "XDG_CONFIG_HOME": [None, "", "config", "@/config/", "@/none", "@/etc1"],
             "XDG_CONFIG_DIRS": ["@/etc2", "etc1:@/etc2", "@/etc1/:@/etc1", "@/etc2::@/etc1:"],
@@ -110,9 +117,10 @@ class Generator:
             "GTK_USE_PORTAL": ["", "0", "1"],
             "LANGUAGE": ["de"],
             "LC_ALL": ["de_DE.UTF-8"],
+            "XDG_CURRENT_DESKTOP": ["../config/made", "ma.de:ma de:M\u00e4de"],
         }
-        environment[name] = rng.choice(values[name])
-        return environment
+        name = rng.choice(list(values))
+        return environment | {name: rng.choice(values[name])}
 
     def add_associations(self, folder):
         names = {"mimeapps.list": 0.5, "gnome-mimeapps.list": 0.1, "made-mimeapps.list": 0.1,
@@ -141,7 +149,7 @@ class Generator:
                 lines.append("text/html=alpha.desktop;other.desktop")
                 lines.append(f"{self.type}{self.equals()}{self.id_list()}")
             if self.odd():
-                lines.insert(rng.randrange(len(lines) + 1), rng.choice(ODD_LINES))
+                lines.insert(rng.randrange(len(lines) + 1), rng.choice(HARMLESS_LINES + ODD_LINES))
             if self.often(0.5):
                 lines.append("")
         return "\n".join(lines) + "\n"
@@ -174,19 +182,16 @@ class Generator:
 
     def add_entry(self, path):
         rng = self.rng
-        plain = not self.odd() and self.often(0.85)
+        plain = not self.oddness or not self.odd() and self.often(0.7)
         lines = ["Type=Application", "Name[de]=caf\u00e9 \\s; \"x\"", "", "# comment",
-                 f"Exec={rng.choice(PLAIN_EXECS if plain else ODD_EXECS + PLAIN_EXECS)}"]
-        if plain:
-            lines += rng.sample(["Terminal=false", "DBusActivatable=false", "TryExec=@/bin/one",
-                                 "NoDisplay=true", "Hidden=false"], 2)
-            self.plain_entries.add(path.rpartition("/")[2].removesuffix(".desktop"))
-        else:
-            lines += rng.sample(ODD_KEYS, rng.choice([0, 1, 1, 2]))
+                 f"Exec={rng.choice(PLAIN_EXECS if plain else ODD_EXECS + PLAIN_EXECS)}",
+                 *rng.sample(HARMLESS_KEYS, 2)]
+        if not plain:
+            lines += rng.sample(ODD_KEYS, rng.choice([0, 0, 1]))
         if self.odd():
             rng.shuffle(lines)
         if self.odd():
-            lines.insert(rng.randrange(len(lines) + 1), rng.choice(ODD_LINES))
+            lines.insert(rng.randrange(len(lines) + 1), rng.choice(HARMLESS_LINES + ODD_LINES))
         lines += ["[Desktop Action new]", "Exec=none --new"]
         lines.insert(0, "[Desktop Entry]")
         if self.odd():

@@ -22,6 +22,7 @@ ENVIRONMENT = {
     "PATH": "@/bin",
     "DBUS_SESSION_BUS_ADDRESS": "unix:path=@/no-bus",
 }
+FIFO = None  # In the place of a text: who waits for its writer waits for ever.
 
 
 class Layout:
@@ -38,7 +39,7 @@ class Layout:
         texts = [f"{name}={value}" for name, value in self.environment.items()]
         texts += [f"programs: {' '.join(self.programs)}", f"url: {self.url}"]
         for path, text in self.files.items():
-            texts += [f"--- {path}", *map(repr, text.splitlines(keepends=True))]
+            texts += [f"--- {path}", *map(repr, str(text).splitlines(keepends=True))]
         return "\n".join(texts)
 
     def make(self, root):
@@ -48,6 +49,9 @@ class Layout:
             os.symlink(RECORD_LAUNCH, f"{root}/bin/{program}")
         for path, text in self.files.items():
             os.makedirs(os.path.dirname(f"{root}/{path}"), exist_ok=True)
+            if text is FIFO:
+                os.mkfifo(f"{root}/{path}")
+                continue
             with open(f"{root}/{path}", "wb") as file:
                 file.write(text.replace("@/", f"{root}/").encode("utf-8", "surrogateescape"))
 
@@ -61,6 +65,10 @@ class Layout:
             self.make(root)
             yield {name: value.replace("@/", f"{root}/")
                    for name, value in self.environment.items() if value is not None}, root
+
+    def ours(self):
+        with self.made() as place:
+            return Answer.ours(self, *place)
 
     def answers(self):
         """Our answer and GIO's. GIO launches the URL only when our answer is plain."""
