@@ -83,7 +83,7 @@ def page(desktop):
 
 
 def test_the_page_says_what_the_model_says(page):
-    """And so what the program does (road/test_texts.py)."""
+    """And so what the program does (road/test_road.py)."""
     texts = links.all_links()
     readings = page.execute("return arguments[0].map(readLink)", texts)
     for text, reading in zip(texts, readings, strict=True):

@@ -59,7 +59,9 @@ class Desktop(contextlib.ExitStack):
 
     def _make(self, service, bus, screen, environment):
         self._processes = []
-        self._make_folders()
+        for name in ("home", "config", "data", "cache", "runtime", "tmp", "services", "empty"):
+            os.mkdir(f"{self.folder}/{name}", 0o700)
+        self.write("config/menus/applications.menu", MENU)
         self._environment = self._make_environment()
         self._pages = self.enter_context(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
         self._pages.bind(self.folder + "/pages")
@@ -309,11 +311,6 @@ class Desktop(contextlib.ExitStack):
             file.write(text)
         os.chmod(path, mode)
         return path
-
-    def _make_folders(self):
-        for name in ("home", "config", "data", "cache", "runtime", "tmp", "services", "empty"):
-            os.mkdir(f"{self.folder}/{name}", 0o700)
-        self.write("config/menus/applications.menu", MENU)
 
     def _make_environment(self):
         kept = {name: value for name, value in os.environ.items()

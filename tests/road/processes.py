@@ -41,11 +41,7 @@ SILENCE = Result("", "", 0)
 
 def golden(*names):
     """The texts of golden files, one after the other."""
-    texts = []
-    for name in names:
-        with open(f"{DATA}/{name}.txt", encoding="utf-8", newline="") as file:
-            texts.append(file.read())
-    return "".join(texts)
+    return b"".join(Path(DATA, name + ".txt").read_bytes() for name in names).decode()
 
 
 # All switches, of which -help alone has no line in its text; and those that print one.
@@ -134,13 +130,8 @@ class Process:
 
     def expect_log(self, *links):
         """Reads the log lines of links, which must come next."""
-        for link in links:
-            for message in expect(link).messages:
-                line = self.output.next()
-                # A plain line has the line feeds of its message.
-                while line.count("\n") < message.count("\n") and not line.startswith("{"):
-                    line += "\n" + self.output.next()
-                assert log_message(line) == message
+        for message in messages_of(*links):
+            assert log_message(self.output.next()) == message
 
     def descriptors(self):
         return sorted(os.listdir(f"/proc/{self.pid}/fd"))

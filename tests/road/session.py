@@ -9,7 +9,7 @@ import types
 from random import Random
 
 from model import expect, fatal_link, fits_command_line, random_link
-from processes import END_SIGNALS, SILENCE, log_message, messages_of, wait_for_end
+from processes import END_SIGNALS, SILENCE, log_message, wait_for_end
 
 MOST_LISTENERS = 5
 # The kinds of steps: how often they are taken, and how many listeners they need.
@@ -73,7 +73,7 @@ class Session:
         if len(self._listeners) < MOST_LISTENERS:
             process = self._desktop.listen("-jsonlog", PATH=self._path)
             self._listeners.append(types.SimpleNamespace(
-                process=process, pid=process.pid, lines=process.output))
+                process=process, pid=process.pid, log=process))
 
     def end(self):
         """Ends one of the programs while it rests."""
@@ -86,7 +86,7 @@ class Session:
         links, answers = self._queue(listener)
         os.kill(listener.pid, self._random.choice(END_SIGNALS))
         os.kill(listener.pid, signal.SIGCONT)
-        self._expect_logged(listener, links)
+        listener.log.expect_log(*links)
         self._expect_opened(links)
         self._expect_answers(answers, refused=False)
         self._expect_end(listener, 0)
@@ -178,7 +178,7 @@ class Session:
         fatal = next((i for i, link in enumerate(links) if expect(link).fatal), len(links))
         handled = links[:fatal + 1]
         if self._listeners:
-            self._expect_logged(self._listeners[-1], handled)
+            self._listeners[-1].log.expect_log(*handled)
         self._expect_opened(handled)
         self.fates[BEHIND_FATAL] += len(links) - len(handled)
         if fatal == len(links):
@@ -186,20 +186,15 @@ class Session:
                 # The links that started it wrote no log lines.
                 self._desktop.daemon.banner()
                 self._listeners.append(types.SimpleNamespace(
-                    process=None, pid=self._desktop.owner(), lines=self._desktop.daemon.output))
+                    process=None, pid=self._desktop.owner(), log=self._desktop.daemon))
         elif self._listeners:
             self._expect_end(self._listeners[-1], 70)
         else:
             self._desktop.wait_for_owner(None)
 
-    @staticmethod
-    def _expect_logged(listener, links):
-        for message in messages_of(*links):
-            assert log_message(listener.lines.next()) == message
-
     def _expect_crowd(self, links):
         """The log lines and pages of links of which nobody knows the order."""
-        lines = self._listeners[-1].lines
+        lines = self._listeners[-1].log.output
         left = {expect(link).messages[1]: expect(link).messages for link in links}
         while left:
             first, text = (log_message(lines.next()) for _ in range(2))

@@ -1,11 +1,12 @@
-"""Which handler of a page is started, and how."""
+"""Which handler of a page is started, if any, and how."""
 
 import os
 
 import pytest
 from gi.repository import Gio, GLib
 
-from desktop import SERVICE
+from browser import OVER_ETC, need
+from desktop import PROGRAM, SERVICE
 from model import page_link
 from processes import SILENCE, children, status_of
 from road import LINK, PAGE, pages
@@ -41,18 +42,15 @@ def test_a_page_that_forms_no_url_reaches_no_handler_and_no_opener(desktop):
     desktop.expect_link(listener)
 
 
-@pytest.mark.parametrize("page, handler", [
-    ("file:///etc/passwd", {"schemes": ("http", "https", "file")}), ("other:page", {}),
-    (PAGE, {"lines": ["Terminal=true"]}), (PAGE, {"command": '"{}/bin/browser" "%u"'}),
-    # The kernel does not start a script without "#!".
-    (PAGE, {"command": "{}/bin/nameless %u"})])
-def test_what_is_not_plain_is_left_to_the_opener(desktop, page, handler):
+def test_what_is_not_plain_is_left_to_the_opener(desktop):
     desktop.listen_with_openers()
-    os.chmod(desktop.write("bin/nameless", "exit\n"), 0o755)
-    if "command" in handler:
-        handler = {"command": handler["command"].format(desktop.folder)}
-    desktop.install_handler(**handler)
-    expect_opener(desktop, page, "gio", "open", page)
+    # The kernel does not start a script without "#!".
+    nameless = desktop.write("bin/nameless", "exit\n", 0o755)
+    for page, handler in [("file:///etc/passwd", {"schemes": ("http", "https", "file")}),
+                          ("other:page", {}), (PAGE, {"lines": ["Terminal=true"]}),
+                          (PAGE, {"command": nameless + " %u"})]:
+        desktop.install_handler(**handler)
+        expect_opener(desktop, page, "gio", "open", page)
 
 
 @pytest.mark.parametrize("name, openers", [
@@ -103,6 +101,33 @@ def test_what_a_shell_would_read_reaches_the_handler_as_one_argument(desktop):
                  "HTTPS://page.test/%C3%BC+%20?q=a&b;c='d'($HOME)*~!#e"):
         desktop.open(page_link(page))
         assert desktop.opened() == page
+
+
+# The administrator's file.
+
+
+def test_pages_of_permitted_schemes_alone_are_opened_from_one_page_to_the_next(desktop):
+    need()
+    desktop.write("policy", "")
+    # What changes is outside the folder, whose content the kernel may remember.
+    os.mkdir(desktop.folder + "/over")
+    os.symlink(desktop.folder + "/policy", desktop.folder + "/over/vastel-connect.conf")
+    listener = desktop.listen("-log", command=(*OVER_ETC, desktop.folder + "/over", PROGRAM))
+    for policy, page, refusal in [
+            ("[Pages]\nSchemes=https\n", "HTTPS://page.test/", ""),
+            ("[Pages]\nSchemes=http;tel\n", PAGE, "its Schemes lack https"),
+            ("[Pages]\nSchemes=https;other\n", PAGE, ""),
+            ("[Pages]\nSchemes=https;other\n", "file:///etc/passwd", "its Schemes lack file"),
+            ("", PAGE, "it has no Schemes in [Pages]")]:
+        desktop.write("policy", policy)
+        desktop.open(page_link(page))
+        listener.expect_log(page_link(page))
+        if refusal:
+            assert listener.errors.next() == ("vastel-connect: the scheme of a page is not permitted "
+                                              "by /etc/vastel-connect.conf: " + refusal)
+        else:
+            assert desktop.opened() == page
+    assert listener.end() == SILENCE
 
 
 # How a handler is started.

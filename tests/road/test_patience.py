@@ -97,57 +97,41 @@ def test_a_call_with_descriptors_harms_nothing(desktop, listener):
 # Senders without end.
 
 
-class RawSender:
-    """A connection to the bus that sends calls, and reads nothing once it is made."""
-
-    def __init__(self, desktop):
-        self._serial = 0
-        self._socket = desktop.enter_context(socket.socket(socket.AF_UNIX))
-        self._socket.settimeout(LIMIT)
-        self._socket.connect(desktop.folder + "/bus")
-        self._socket.sendall(b"\0AUTH EXTERNAL %s\r\n" % str(os.geteuid()).encode().hex().encode())
-        self._read_until(b"\r\n")
-        self._socket.sendall(b"BEGIN\r\n")
-        self._call(None, BUS, "/org/freedesktop/DBus", BUS, "Hello")
-        # The answer, and the signal that the name was given.
-        self._read_until(b"NameAcquired")
-
-    def flood(self, count):
-        for _ in range(count):
-            self._call(GLib.Variant("(as)", (["screenpop"],)), NAME, OBJECT, INTERFACE, "Open")
-
-    def flood_until(self, is_over, name, links):
-        """Sends the same call again and again, for which no answer is asked."""
-        call = self._message(GLib.Variant("(as)", (links,)), name, OBJECT, INTERFACE, "Open")
-        call.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
-        calls = call.to_blob(Gio.DBusCapabilityFlags.NONE) * 20
-        while not is_over.is_set():
-            self._socket.sendall(calls)
-
-    def _message(self, body, *call):
-        message = Gio.DBusMessage.new_method_call(*call)
-        if body:
-            message.set_body(body)
-        self._serial += 1
-        message.set_serial(self._serial)
-        return message
-
-    def _call(self, body, *call):
-        self._socket.sendall(self._message(body, *call).to_blob(Gio.DBusCapabilityFlags.NONE))
-
-    def _read_until(self, end):
+def connect_to_bus(desktop):
+    """A connection of its own, for whoever sends calls and reads nothing more."""
+    def read_until(end):
         text = b""
         while end not in text:
-            assert (block := self._socket.recv(4096)), text
+            assert (block := connection.recv(4096)), text
             text += block
+
+    connection = desktop.enter_context(socket.socket(socket.AF_UNIX))
+    connection.settimeout(LIMIT)
+    connection.connect(desktop.folder + "/bus")
+    connection.sendall(b"\0AUTH EXTERNAL %s\r\n" % str(os.geteuid()).encode().hex().encode())
+    read_until(b"\r\n")
+    hello = Gio.DBusMessage.new_method_call(BUS, "/org/freedesktop/DBus", BUS, "Hello")
+    hello.set_serial(1)
+    connection.sendall(b"BEGIN\r\n" + hello.to_blob(Gio.DBusCapabilityFlags.NONE))
+    # The answer, and the signal that the name was given.
+    read_until(b"NameAcquired")
+    return connection
+
+
+def call_of_open(serial, links, name=NAME, flags=Gio.DBusMessageFlags.NONE):
+    call = Gio.DBusMessage.new_method_call(name, OBJECT, INTERFACE, "Open")
+    call.set_body(GLib.Variant("(as)", (links,)))
+    call.set_serial(serial)
+    call.set_flags(flags)
+    return call.to_blob(Gio.DBusCapabilityFlags.NONE)
 
 
 def test_a_sender_that_never_reads_its_answers_keeps_nobody_waiting(desktop, listener):
     desktop.expect_link(listener)
-    sender = RawSender(desktop)
+    sender = connect_to_bus(desktop)
     # The bus refuses more calls of one sender than 128 before they are answered.
-    for _ in range(50):
-        sender.flood(100)
+    for first in range(2, 5002, 100):
+        sender.sendall(b"".join(call_of_open(first + n, ["screenpop"]) for n in range(100)))
         listener.expect_log(*["screenpop"] * 100)
     desktop.expect_link(listener)
 
@@ -155,17 +139,23 @@ def test_a_sender_that_never_reads_its_answers_keeps_nobody_waiting(desktop, lis
 def test_a_sender_without_end_does_not_keep_the_program_from_ending(new_desktop):
     desktop = new_desktop(bus='<limit name="max_outgoing_bytes">5000000</limit>')
     listener = desktop.listen("-log", streams={"stdout": os.open("/dev/null", os.O_WRONLY)})
-    owner = desktop.ask_bus("GetNameOwner", NAME)
-    sender = RawSender(desktop)
+    call = call_of_open(2, ["x:"] * 200, desktop.ask_bus("GetNameOwner", NAME),
+                        Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
+    sender = connect_to_bus(desktop)
     is_over = threading.Event()
-    flood = threading.Thread(target=sender.flood_until, args=(is_over, owner, ["x:"] * 200))
-    flood.start()
+
+    def flood():
+        while not is_over.is_set():
+            sender.sendall(call * 20)
+
+    flooding = threading.Thread(target=flood)
+    flooding.start()
     try:
         desktop.ask_bus("GetId")
         assert listener.end() == SILENCE
     finally:
         is_over.set()
-        flood.join()
+        flooding.join()
 
 
 # The end.

@@ -1,13 +1,16 @@
 """The road of a link: from whoever follows it, over the session bus or a command line, to the page
 in its default handler."""
 
+import re
+
 import pytest
 from gi.repository import Gio, GLib
 
 from desktop import INTERFACE, NAME, OBJECT, SERVICE
-from model import page_link
+from links import all_links
+from model import expect, page_link
 from processes import SILENCE, SWITCHES
-from road import LINK, PAGE, pages
+from road import LINK, PAGE, TEXTS, bulky_link, expect_texts_unchanged, pages
 
 OPEN = GLib.Variant("(asa{sv})", ([LINK], {}))
 NOTHING = GLib.Variant("(a{sv})", ({},))
@@ -28,12 +31,6 @@ def test_open_cold_starts_the_program_which_logs_only_the_links_after_the_first(
     # What the bus starts writes where the bus does.
     logged.daemon.banner()
     logged.expect_link(logged.daemon, "https://page.test/second")
-
-
-def test_open_may_come_without_platform_data(desktop, listener):
-    desktop.call("Open", GLib.Variant("(as)", ([LINK, LINK],)))
-    listener.expect_log(LINK, LINK)
-    assert desktop.opened_all(2) == [PAGE] * 2
 
 
 def test_open_may_want_no_answer(desktop):
@@ -123,15 +120,44 @@ def test_exec_cold_ends_silently_and_the_bus_starts_the_program(desktop):
     assert desktop.owner() not in (process.pid, None)
 
 
-def test_exec_warm_ends_silently_and_the_listener_opens_the_pages_in_their_order(desktop, listener):
-    links = [page_link(page) for page in pages(4)]
-    assert desktop.run("-log", *links) == SILENCE
-    listener.expect_log(*links)
-    assert desktop.opened_all(4) == pages(4)
-    assert desktop.owner() == listener.pid
-
-
 def test_exec_refuses_a_link_that_the_bus_does_not_carry(desktop, listener):
     assert desktop.run("screenpop:\ufdd0") == (
         "", "vastel-connect: the link was refused: the bus does not carry it\n", 1)
     desktop.expect_link(listener)
+
+
+# What a link may hold, and many at once.
+
+
+def test_each_link_is_what_the_model_says(desktop):
+    texts = all_links()
+    # A handler for whatever might be a scheme, so that nothing is opened unseen.
+    starts = (re.match("webpage: ([A-Za-z0-9+.-]+):", expect(text).messages[-1]) for text in texts)
+    desktop.install_handler(sorted({start[1].lower() for start in starts if start}))
+    listener = None
+    for text in texts:
+        listener = listener or desktop.listen("-jsonlog")
+        desktop.open(text)
+        listener.expect_log(text)
+        expected = expect(text)
+        if expected.opened is not None:
+            assert desktop.opened() == expected.opened
+        if expected.fatal:
+            assert listener.finish() == ("", "", 70)
+            listener = None
+
+
+def test_each_text_of_a_command_line_arrives_unchanged(desktop):
+    expect_texts_unchanged(desktop, desktop.run, [*TEXTS, bulky_link(100_000)])
+
+
+@pytest.mark.parametrize("service", [SERVICE, None])
+def test_twenty_at_once_are_opened_once_each_by_one_that_they_start(new_desktop, service):
+    desktop = new_desktop(service=service)
+    processes = [desktop.start(page_link(page)) for page in pages(20)]
+    assert desktop.opened_all(20) == pages(20)
+    ended = [process for process in processes if process.pid != desktop.owner()]
+    assert [process.finish() for process in ended] == [SILENCE] * len(ended)
+    # Without a service it is one of them.
+    assert len(ended) == (20 if service else 19)
+    assert not service or len(desktop.names_seen()) == 1
