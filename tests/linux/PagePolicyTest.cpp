@@ -64,7 +64,7 @@ TEST_F(PagePolicy, PermitsTheSchemesOfItsLastListOnly) {
   }
 }
 
-TEST_F(PagePolicy, PermitsNothingWhereItIsThereAndCannotBeRead) {
+TEST_F(PagePolicy, PermitsNothingWhereItCannotBeRead) {
   ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
   folder.write("folder/policy", "[Pages]\nSchemes=https\n");
   const auto link = [this](const char* name, const char* target) {
