@@ -1,13 +1,13 @@
-"""Measures the program against the least that could be done instead, side by side: bench.py ROUNDS
-SECONDS RESULTS. A program that opens nothing but what it must is the floor.
+"""Measures the program against the least that could be done instead, side by side, and prints which
+goals are reached: bench.py ROUNDS SECONDS. A program that does nothing but what it must is the floor.
 """
 
 import collections
-import json
 import os
 import random
 import re
 import signal
+import statistics
 import subprocess
 import sys
 import time
@@ -16,6 +16,7 @@ from stamps import PROGRAMS, StampedDesktop
 from desktop import NAME, PROGRAM
 from model import page_link
 
+ROUNDS, SECONDS = map(int, sys.argv[1:])
 PEER = "com.vastel.Bare"
 PAGE = "https://crm.example/48213"
 LINK = page_link(PAGE)
@@ -28,37 +29,40 @@ REST = 0.004
 def make_desktop():
     """A desktop on which the page's handler is chosen among as many others as a full one has."""
     desktop = StampedDesktop()
-    applications = f"{desktop.folder}/data/applications"
     cache = ["[MIME Cache]", "x-scheme-handler/https=browser.desktop;"]
     for i in range(OTHER_ENTRIES):
         types = [f"application/x-{i}-{j}" for j in range(TYPES_OF_EACH)]
         cache += [f"{each}=other{i}.desktop;" for each in types]
-        with open(f"{applications}/other{i}.desktop", "w", encoding="utf-8") as file:
-            file.write("[Desktop Entry]\nType=Application\nName=Other\nExec=/usr/bin/true %U\n"
-                       f"MimeType={';'.join(types)};\n")
-    with open(f"{applications}/mimeinfo.cache", "w", encoding="utf-8") as file:
-        file.write("\n".join(cache) + "\n")
+        desktop.write(f"data/applications/other{i}.desktop",
+                      "[Desktop Entry]\nType=Application\nName=Other\nExec=/usr/bin/true %U\n"
+                      f"MimeType={';'.join(types)};\n")
+    desktop.write("data/applications/mimeinfo.cache", "\n".join(cache) + "\n")
     return desktop
 
 
-def compare(topic, rounds, contestants):
-    """Measures all in each round, so that whatever else the machine does falls on all, in an order
-    that changes, so that none always comes after the same one. The first round does not count."""
-    print("bench:", topic, file=sys.stderr, flush=True)
+def tell(figure, value, goal, more=""):
+    print(f"{figure}: {value:.3g}{more}, at most {goal}: {'yes' if value <= goal else 'NO'}", flush=True)
+
+
+def compare(figure, goal, **contestants):
+    """Measures ours and the floor in each round, so that whatever else the machine does falls on both,
+    in an order that changes. The first round does not count."""
     samples, order = collections.defaultdict(list), list(contestants)
-    for number in range(rounds + 1):
+    for number in range(ROUNDS + 1):
         random.shuffle(order)
         for name in order:
             time.sleep(REST)
             sample = contestants[name]()
             if number > 0:
                 samples[name].append(sample)
-    return {"name": topic, "unit": "ms", "samples": samples}
+    ours, floor = (statistics.median(samples[name]) for name in contestants)
+    tell(figure, ours / floor, goal, f" of the floor ({ours:.3g} ms of {floor:.3g})")
 
 
-def opening_call(desktop, rounds):
-    def opener(*command):
-        process = desktop.spawn(*command, streams={"stdin": subprocess.PIPE})
+def opening_call(desktop):
+    def opener(*handler):
+        process = desktop.spawn(f"{PROGRAMS}/bench_open_pages", desktop.socket_path, *handler,
+                                streams={"stdin": subprocess.PIPE})
 
         def measure():
             process.write(PAGE + "\n")
@@ -67,19 +71,16 @@ def opening_call(desktop, rounds):
 
         return measure
 
-    ours = opener(f"{PROGRAMS}/bench_open_pages", desktop.socket_path)
-    floor = opener(f"{PROGRAMS}/bench_open_pages_spawn", desktop.socket_path, desktop.stamp[0])
-    return compare("opening call to handler", rounds, {"ours": ours, "posix_spawn": floor})
+    compare("opening call to handler", 1.1, ours=opener(), floor=opener(desktop.stamp[0]))
 
 
-def exec_to_handler(desktop, rounds):
+def exec_to_handler(desktop):
     bare = [f"{PROGRAMS}/bench_bare_call", LINK, *desktop.stamp, PAGE]
-    return compare("Exec to handler", rounds, {
-        "ours": lambda: desktop.parts(2, PROGRAM, LINK)[0],
-        "sd-bus in C and posix_spawn": lambda: desktop.parts(2, *bare)[0]})
+    compare("Exec to handler", 1.05, ours=lambda: desktop.parts(2, PROGRAM, LINK)[0],
+            floor=lambda: desktop.parts(2, *bare)[0])
 
 
-def start_to_name(desktop, rounds):
+def start_to_name(desktop):
     desktop.spawn(f"{PROGRAMS}/bench_watch", desktop.socket_path, NAME, PEER)
     desktop.times(1)
 
@@ -94,12 +95,11 @@ def start_to_name(desktop, rounds):
 
         return measure
 
-    return compare("start to name", rounds, {"ours": start(PROGRAM),
-                                             "sd-bus in C": start(f"{PROGRAMS}/bench_bare_sd_bus")})
+    compare("start to name", 1.1, ours=start(PROGRAM), floor=start(f"{PROGRAMS}/bench_bare_sd_bus"))
 
 
-def instructions(desktop):
-    """The share of our own code in the instructions of a process that hands a link over."""
+def own_instructions(desktop):
+    """The share of our own code, in percent, of a process that hands a link over."""
     path = f"{desktop.folder}/callgrind"
     desktop.spawn("valgrind", "--tool=callgrind", f"--callgrind-out-file={path}", PROGRAM,
                   LINK).finish()
@@ -122,40 +122,31 @@ def numbers(path, pattern):
         return [int(number) for number in re.findall(pattern, lines.read(), re.MULTILINE)]
 
 
-def switches(process):
+def switches(pid):
     """How often the threads of a process were woken up or interrupted so far."""
-    return sum(sum(numbers(f"/proc/{process.pid}/task/{task}/status", r"ctxt_switches:\s+(\d+)"))
-               for task in os.listdir(f"/proc/{process.pid}/task"))
+    return sum(sum(numbers(f"/proc/{pid}/task/{task}/status", r"ctxt_switches:\s+(\d+)"))
+               for task in os.listdir(f"/proc/{pid}/task"))
 
 
-def waiting(listener, seconds):
-    print("bench: waiting", file=sys.stderr, flush=True)
+def waiting(pid):
     time.sleep(1)
-    (dirty,) = numbers(f"/proc/{listener.pid}/smaps_rollup", r"^Private_Dirty: +(\d+)")
-    yield "private memory", "KiB", dirty
-    yield "threads", "", len(os.listdir(f"/proc/{listener.pid}/task"))
-    before = switches(listener)
-    time.sleep(seconds)
-    yield f"wake-ups in {seconds} idle seconds", "", switches(listener) - before
+    (dirty,) = numbers(f"/proc/{pid}/smaps_rollup", r"^Private_Dirty: +(\d+)")
+    tell("private memory", dirty, 350, " KiB")
+    tell("threads", len(os.listdir(f"/proc/{pid}/task")), 1)
+    before = switches(pid)
+    time.sleep(SECONDS)
+    tell(f"wake-ups in {SECONDS} idle seconds", switches(pid) - before, 0)
 
 
-def main():
-    rounds, seconds, results = int(sys.argv[1]), int(sys.argv[2]), sys.argv[3]
-    with make_desktop() as desktop:
-        rows = [opening_call(desktop, rounds), start_to_name(desktop, rounds)]
-    with make_desktop() as desktop:
-        listener = desktop.listen()
-        costs = list(waiting(listener, seconds))
-        desktop.spawn(f"{PROGRAMS}/bench_watch", desktop.socket_path, PEER)
-        desktop.times(1)
-        desktop.spawn(f"{PROGRAMS}/bench_bare_sd_bus")
-        desktop.times(1)
-        rows.append(exec_to_handler(desktop, rounds))
-        costs.append(("our own instructions of a link's process", "%", instructions(desktop)))
-    rows += [{"name": name, "unit": unit, "samples": {"ours": [value]}}
-             for name, unit, value in costs]
-    with open(results, "w", encoding="utf-8") as file:
-        json.dump(rows, file)
-
-
-main()
+with make_desktop() as shared:
+    opening_call(shared)
+    start_to_name(shared)
+with make_desktop() as shared:
+    waiting(shared.listen().pid)
+    shared.spawn(f"{PROGRAMS}/bench_watch", shared.socket_path, PEER)
+    shared.times(1)
+    shared.spawn(f"{PROGRAMS}/bench_bare_sd_bus")
+    shared.times(1)
+    exec_to_handler(shared)
+    tell("our own instructions of a link's process", own_instructions(shared), 1, " %")
+print(f"{os.cpu_count()} cores, load {os.getloadavg()[2]:.1f} in the last quarter of an hour")
