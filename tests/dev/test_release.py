@@ -32,3 +32,12 @@ def test_the_notice_is_that_of_the_package():
     words = lambda text: " ".join(text.split())
     notice = re.search(r"All rights reserved\..*?machines\.", (ROOT / "LICENSE").read_text(), re.DOTALL)
     assert words(notice[0]) in words((ROOT / "debian/copyright").read_text())
+
+
+def test_what_the_debian_package_is_built_with_is_installed_for_a_build():
+    text = (ROOT / "debian/control").read_text()
+    (wanted,) = re.findall(r"^Build-Depends:(.*?)^\S", text, re.MULTILINE | re.DOTALL)
+    words = lambda text: " ".join(text.split())
+    setup = words((ROOT / "dev/setup").read_text())
+    missing = [words(each) for each in wanted.split(",") if words(each) not in setup]
+    assert missing == ["debhelper-compat (= 13)"]

@@ -46,7 +46,7 @@ def test_each_promise_names_tests_that_there_are():
 
 
 def test_each_client_is_a_package_that_is_installed_for_its_test():
-    setup = set(re.split(r"[\s:\[\]]+", (ROOT / "dev/setup").read_text()))
+    setup = set(re.split(r"[\s:,\[\]]+", (ROOT / "dev/setup").read_text()))
     assert {cell.strip("`") for cell in cells("docs/clients.md", "Client", 2)} <= setup
     tests = {cell.strip("`") for cell in cells("docs/clients.md", "Client", 4)}
     assert tests <= {path.name for path in ROOT.glob("tests/*/test_*.py")}
