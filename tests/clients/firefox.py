@@ -45,12 +45,9 @@ ANSWER = """const [button, remember, done] = arguments;
 
 def make_profile(desktop):
     """A folder with the preferences of a Firefox of its own."""
-    profile = desktop.folder + "/firefox"
-    os.mkdir(profile)
-    with open(profile + "/user.js", "w", encoding="utf-8") as file:
-        file.writelines(f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
-                        for name, value in PREFERENCES.items())
-    return profile
+    lines = [f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
+             for name, value in PREFERENCES.items()]
+    return os.path.dirname(desktop.write("firefox/user.js", "".join(lines)))
 
 
 class Firefox:
@@ -58,16 +55,13 @@ class Firefox:
         """`permitted`: the origin whose links open without a question, by policy."""
         need("firefox-esr", "Xvfb")
         profile = make_profile(desktop)
-        # What starts it again, for it to open a page.
-        self.command = f"firefox-esr --profile {profile} %u"
         command = ["firefox-esr", "--marionette", "--remote-allow-system-access", "--profile", profile]
         process = desktop.spawn(
             *with_policy(desktop, command, "firefox/policies/policies.json", "firefox.json", permitted),
             streams={"stderr": subprocess.DEVNULL})
         while "Listening on port" not in (line := process.output.next()):
             pass
-        # On a busy machine, a link of 10 MB alone may keep it for a minute.
-        self._socket = socket.create_connection(("127.0.0.1", int(line.split()[-1])), 3 * LIMIT)
+        self._socket = socket.create_connection(("127.0.0.1", int(line.split()[-1])), LIMIT)
         self._stream = self._socket.makefile("rb")
         self._count = 0
         self._receive()
@@ -89,14 +83,6 @@ class Firefox:
             "script": ANSWER, "args": [button, remember]})["value"]
         self._call("Marionette:SetContext", {"value": "content"})
         return text
-
-    def addresses(self):
-        """The address of each tab."""
-        addresses = []
-        for handle in self._call("WebDriver:GetWindowHandles", {}):
-            self._call("WebDriver:SwitchToWindow", {"handle": handle})
-            addresses.append(self._call("WebDriver:GetCurrentURL", {})["value"])
-        return addresses
 
     def _quit(self):
         self._call("Marionette:Quit", {"flags": ["eForceQuit"]})

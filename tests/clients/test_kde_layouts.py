@@ -29,52 +29,29 @@ MENUS = {f"{folder}/menus/{prefix}applications.menu": MENU
 BROWSERS = ["", "alpha.desktop", "beta.desktop", "alpha", "!@/bin/two --set", "!two", "none.desktop"]
 
 
-def entry(command):
-    return f"[Desktop Entry]\nType=Application\nName=A\nExec={command}\n"
-
-
-def chosen(ids, *schemes):
-    return "[Default Applications]\n" + "".join(f"x-scheme-handler/{scheme}={ids}\n" for scheme in schemes)
-
-
-class KdeLayout(Layout):
-    def __init__(self, files, environment=None, url="https://127.0.0.1/"):
-        super().__init__(MENUS | files, {"XDG_CURRENT_DESKTOP": "KDE"} | (environment or {}), url)
-
-    def answers(self):
-        """Our answer; the program that KDE's opener starts, and its arguments. The opener is asked
-        only when our answer is plain."""
-        with self.made() as (environment, root):
-            ours = Answer.ours(self, environment, root)
-            return ours, self.launch_by_kde(environment, root) if ours.application else None
-
-    def kde(self):
-        with self.made() as (environment, root):
-            return self.launch_by_kde(environment, root)
-
-    def launch_by_kde(self, environment, root):
+def answers(files, environment=None, url="https://127.0.0.1/", if_plain=True):
+    """Our answer, and that of KDE's opener, which is asked only when ours is plain: each the program
+    that is started and its arguments without its name, which KDE writes as a path."""
+    layout = Layout(MENUS | files, {"XDG_CURRENT_DESKTOP": "KDE"} | (environment or {}), url)
+    launch = lambda answer: answer.launch[:1] + answer.launch[2:]
+    with layout.made() as (environment, root):
+        ours = Answer.ours(layout, environment, root)
+        if if_plain and not ours.application:
+            return None, None
         os.mkdir(f"{root}/run", 0o700)
         own = {"XDG_CACHE_HOME": f"{root}/cache", "XDG_RUNTIME_DIR": f"{root}/run",
                "QT_QPA_PLATFORM": "offscreen"}
-        done = subprocess.run([OPENER, self.url], env=environment | own, cwd=root, timeout=60,
+        done = subprocess.run([OPENER, url], env=environment | own, cwd=root, timeout=60,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
         # Its end is that of the handler's output.
-        return launch(Answer.from_bytes(b"\0" + done.stdout, root))
-
-
-def launch(answer):
-    """The program and its arguments without its name, which KDE writes as a path."""
-    return answer.launch[:1] + answer.launch[2:]
+        return (launch(ours) if ours.application else None,
+                launch(Answer.from_bytes(b"\0" + done.stdout, root)))
 
 
 class KdeGenerator(Generator):
     """Layouts of KDE, in which each entry puts its own path on its command line."""
 
     urls = ["http://127.0.0.1:8080/?a=1", "https://127.0.0.1:8080/#a", "made:page"]
-
-    def layout(self):
-        layout = super().layout()
-        return KdeLayout(layout.files, layout.environment, layout.url)
 
     def make_environment(self):
         return super().make_environment() | {
@@ -114,37 +91,39 @@ class KdeGenerator(Generator):
 
 def examine(seed):
     layout = KdeGenerator(seed).layout()
-    return layout, *layout.answers()
-
-
-ENTRIES = {"share2/applications/alpha.desktop": entry("one --alpha %u"),
-           "share2/applications/beta.desktop": entry("two --beta %U")}
-
-
-def test_the_choice_for_https_is_that_for_http():
-    files = {"config/mimeapps.list": chosen("beta.desktop", "https") + chosen("alpha.desktop", "http")}
-    ours, kde = KdeLayout(ENTRIES | files).answers()
-    assert launch(ours) == kde == ["@/bin/two", "--beta", "https://127.0.0.1/"]
-    layout = KdeLayout(ENTRIES | files, url="http://127.0.0.1/")
-    assert layout.answers()[0].application is None
-    assert layout.kde() == ["@/bin/two", "--beta", "http://127.0.0.1/"]
-
-
-def test_a_choice_in_a_folder_that_kde_6_does_not_read():
-    """A name in it is not UTF-8. The choice is opened there as well, on purpose: KDE's opener would
-    open another application, or nothing."""
-    ours, kde = KdeLayout(ENTRIES | {"config/mimeapps.list": chosen("beta.desktop", *WEB),
-                                     "share2/applications/\udcff": ""}).answers()
-    assert launch(ours) == ["@/bin/two", "--beta", "https://127.0.0.1/"]
-    assert kde in [launch(ours), []]
+    return layout, *answers(layout.files, layout.environment, layout.url)
 
 
 def test_many_layouts():
     plain = 0
     with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as workers:
         for layout, ours, kde in workers.map(examine, range(LAYOUTS), chunksize=8):
-            if ours.application:
-                assert launch(ours) == kde, layout
-                plain += 1
+            assert ours == kde, layout
+            plain += ours is not None
     print(f"{plain} of {LAYOUTS} answers are plain")
     assert plain > LAYOUTS / 8
+
+
+ENTRIES = {f"share2/applications/{name}.desktop":
+           f"[Desktop Entry]\nType=Application\nName=A\nExec={program} %u\n"
+           for name, program in (("alpha", "one"), ("beta", "two"))}
+
+
+def choices(**ids):
+    return {"config/mimeapps.list": "[Default Applications]\n" + "".join(
+        f"x-scheme-handler/{scheme}={name}.desktop\n" for scheme, name in ids.items())}
+
+
+def test_the_choice_for_https_is_that_for_http():
+    files = ENTRIES | choices(https="beta", http="alpha")
+    assert answers(files, url="http://127.0.0.1/", if_plain=False) == (
+        None, ["@/bin/two", "http://127.0.0.1/"])
+
+
+def test_a_choice_in_a_folder_that_kde_6_does_not_read():
+    """A name in it is not UTF-8. The choice is opened there as well, on purpose: KDE's opener would
+    open another application, or nothing."""
+    ours, kde = answers(ENTRIES | choices(http="beta", https="beta") | {
+        "share2/applications/\udcff": ""})
+    assert ours == ["@/bin/two", "https://127.0.0.1/"]
+    assert kde in [ours, []]

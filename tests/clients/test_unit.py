@@ -7,8 +7,7 @@ import time
 import pytest
 
 from booted import booted_tree
-from packages import changed_deb, package
-from tree import HOME
+from packages import package
 
 from clients import link_to, page_of
 from model import make_link
@@ -52,12 +51,6 @@ def stay(tree):
     return tree.page()
 
 
-def end(tree, page):
-    process = tree.host_pid(page.pid)
-    tree.write(HOME + "/end", b"\n")
-    wait_for_end(process)
-
-
 def manage(tree, *arguments):
     return tree.run("systemctl", "--user", *arguments, agent=True)
 
@@ -68,8 +61,7 @@ def unit_property(tree, name):
 
 def group(tree, pid):
     """The control group of a process."""
-    groups = tree.run("cat", f"/proc/{pid}/cgroup")
-    return next(line for line in groups.splitlines() if line.startswith("0::"))
+    return re.search("^0::.*", tree.run("cat", f"/proc/{pid}/cgroup"), re.MULTILINE)[0]
 
 
 def wait_for(condition):
@@ -85,15 +77,15 @@ def run_documented(tree, command, as_agent=True):
     return tree.run("sh", "-c", command.removeprefix("sudo "), agent=as_agent)
 
 
-# The program runs.
-
-
-def test_a_link_starts_the_unit(tree):
+def test_a_link_starts_the_unit_and_the_documented_command_ends_it(tree):
     assert unit_property(tree, "ActiveState") == "inactive"
     follow_and_open(tree)
     assert (unit_property(tree, "ActiveState"), unit_property(tree, "Type")) == ("active", "dbus")
     assert unit_property(tree, "MainPID") == str(tree.owner())
     assert "/session.slice/" + UNIT in group(tree, tree.owner())
+    process = tree.host_pid(tree.owner())
+    run_documented(tree, "sudo pkill -x vastel-connect", as_agent=False)
+    wait_for_end(process)
 
 
 def test_it_starts_again_after_links_that_end_it(tree):
@@ -105,20 +97,6 @@ def test_it_starts_again_after_links_that_end_it(tree):
         wait_for_end(program)
     wait_for(lambda: unit_property(tree, "ActiveState") == "failed")
     assert unit_property(tree, "ExecMainStatus") == "70"
-
-
-def test_it_stays_the_old_one_after_an_upgrade(tree, tmp_path):
-    follow_and_open(tree)
-    first = tree.owner()
-    tree.install(changed_deb(tmp_path, "s/^Version:.*/Version: 9/"))
-    follow_and_open(tree)
-    assert tree.owner() == first
-    assert not tree.runs_installed(first)
-    process = tree.host_pid(first)
-    run_documented(tree, "sudo pkill -x vastel-connect", as_agent=False)
-    wait_for_end(process)
-    follow_and_open(tree)
-    assert tree.runs_installed(tree.owner())
 
 
 # The program logs.
@@ -155,21 +133,19 @@ def test_it_logs_for_one_user(tree):
 
 
 def test_it_logs_for_all(tree):
-    folder = f"/etc/systemd/user/{UNIT}.d"
-    assert folder + "/log.conf" in DEPLOY
-    tree.run("mkdir", folder)
-    tree.write(folder + "/log.conf", SETTING.encode())
+    file = f"/etc/systemd/user/{UNIT}.d/log.conf"
+    assert file in DEPLOY
+    tree.run("install", "-D", "/dev/stdin", file, input=SETTING.encode())
     run_documented(tree, "systemctl --user daemon-reload")
     expect_log(tree)
-    tree.run("rm", "--recursive", folder)
+    tree.run("rm", file)
 
 
 # The page's program stays, and the display changes, while the user's manager goes on.
 
 
-@pytest.mark.parametrize("action, ended", [
-    ("stop", UNIT), ("restart", UNIT), ("stop", "desktop.target")])
-def test_a_page_outlives_its_program(tree, action, ended):
+@pytest.mark.parametrize("ended", [UNIT, "desktop.target"])
+def test_a_page_outlives_its_program(tree, ended):
     if ended != UNIT:
         manage(tree, "start", ended)
     page = stay(tree)
@@ -178,35 +154,19 @@ def test_a_page_outlives_its_program(tree, action, ended):
     scope = group(tree, page.pid)
     assert re.search(r"/app\.slice/app-[^/]*\.scope$", scope)
     program = tree.host_pid(tree.owner())
-    manage(tree, action, ended)
+    manage(tree, "stop", ended)
     wait_for_end(program)
     assert group(tree, page.pid) == scope
-    if action == "stop":
-        wait_for(lambda: unit_property(tree, "ActiveState") == "inactive")
-    end(tree, page)
-
-
-def expect_display(tree, display):
-    page = stay(tree)
-    assert f"DISPLAY={display}" in tree.run("cat", f"/proc/{page.pid}/environ").split("\0")
-    end(tree, page)
+    wait_for(lambda: unit_property(tree, "ActiveState") == "inactive")
 
 
 def test_the_next_desktop_has_its_own_display(tree):
     for display in ":1", ":2":
         manage(tree, "set-environment", f"DISPLAY={display}")
         manage(tree, "start", "desktop.target")
-        expect_display(tree, display)
+        page = stay(tree)
+        assert f"DISPLAY={display}" in tree.run("cat", f"/proc/{page.pid}/environ").split("\0")
         manage(tree, "stop", "desktop.target")
-
-
-def test_without_the_target_the_display_stays_until_a_restart(tree):
-    manage(tree, "set-environment", "DISPLAY=:1")
-    expect_display(tree, ":1")
-    manage(tree, "set-environment", "DISPLAY=:2")
-    expect_display(tree, ":1")
-    run_documented(tree, f"systemctl --user restart {UNIT}")
-    expect_display(tree, ":2")
 
 
 # When something is wrong with it.

@@ -9,11 +9,10 @@ import pytest
 
 from browser import Site, need
 from clients import KDE_OPENER, link_to
-from desktop import PROGRAM, STAGE, Desktop
+from desktop import NAME, PROGRAM, STAGE, Desktop
 from firefox import make_profile
 from processes import LIMIT
 
-HERE = os.path.dirname(os.path.abspath(__file__))
 # The first of a runtime folder.
 DISPLAY = "wayland-1"
 CONFIGURATION = "output * resolution 800x600\nexec echo $WAYLAND_DISPLAY\n"
@@ -22,39 +21,37 @@ SWAY = [*(["unshare", "--map-user=1000", "--map-group=1000"] if os.geteuid() == 
 PAGE = "/customer?number=+31201234567&name=Jansen,%20M.#call"
 
 
-class Tokens:
-    """The activation tokens that a program is `given` by the compositor, and those with which it
-    has a window `raised`. It has WAYLAND_DEBUG=1, and writes into `pipe`."""
-
-    def __init__(self):
-        self.given, self.raised = queue.Queue(), queue.Queue()
-        read, self.pipe = os.pipe()
-        threading.Thread(target=self._read, args=[read], daemon=True).start()
-
-    def _read(self, pipe):
-        with open(pipe, encoding="utf-8", errors="replace") as lines:
-            for line in lines:
-                if found := re.search(r' xdg_activation_token_v1[@#]\d+\.done\("(.*)"\)', line):
-                    self.given.put(found[1])
-                if found := re.search(r'-> xdg_activation_v1[@#]\d+\.activate\("(.*)", ', line):
-                    self.raised.put(found[1])
-
-
 def start_sway(desktop):
-    configuration = desktop.folder + "/sway.conf"
-    with open(configuration, "w", encoding="utf-8") as file:
-        file.write(CONFIGURATION)
     with open(desktop.folder + "/sway.log", "w", encoding="utf-8") as log:
         sway = desktop.spawn(
-            *SWAY, "--config", configuration, streams={"stderr": log}, WAYLAND_DISPLAY=None,
-            WLR_BACKENDS="headless", WLR_RENDERER="pixman", WLR_LIBINPUT_NO_DEVICES="1")
+            *SWAY, "--config", desktop.write("sway.conf", CONFIGURATION), streams={"stderr": log},
+            WAYLAND_DISPLAY=None, WLR_BACKENDS="headless", WLR_RENDERER="pixman",
+            WLR_LIBINPUT_NO_DEVICES="1")
     assert sway.output.next() == DISPLAY
+
+
+def spawn_traced(desktop, pattern, *command):
+    """Starts a program that tells what it and the compositor say to each other: the process, and a
+    queue of the texts in what matches the pattern."""
+    found = queue.Queue()
+    read, write = os.pipe()
+
+    def follow():
+        with open(read, encoding="utf-8", errors="replace") as lines:
+            for line in lines:
+                if match := re.search(pattern, line):
+                    found.put(match[1])
+
+    threading.Thread(target=follow, daemon=True).start()
+    process = desktop.spawn(*command, WAYLAND_DEBUG="1", streams={"stderr": write})
+    os.close(write)
+    return process, found
 
 
 @pytest.fixture(scope="module")
 def wayland():
     """A desktop with Firefox as the browser of pages, which stays for all tests."""
-    need("sway", "firefox-esr", "xdg-open", KDE_OPENER)
+    need("sway", "firefox-esr", "xdg-open", KDE_OPENER, "gtk-launch")
     with Desktop(
             WAYLAND_DISPLAY=DISPLAY, XDG_CURRENT_DESKTOP="sway", NO_AT_BRIDGE="1",
             MOZ_ENABLE_WAYLAND="1", GDK_BACKEND="wayland", QT_QPA_PLATFORM="offscreen",
@@ -62,12 +59,10 @@ def wayland():
             XDG_CONFIG_DIRS="/etc/xdg") as desktop:
         start_sway(desktop)
         desktop.site = Site(desktop)
-        desktop.tokens = Tokens()
         # Driven by Marionette, it would raise no window.
         command = ["firefox-esr", "--profile", make_profile(desktop)]
-        desktop.spawn(*command, desktop.site.origin + "/start", WAYLAND_DEBUG="1",
-                      streams={"stderr": desktop.tokens.pipe})
-        os.close(desktop.tokens.pipe)
+        _, desktop.raised = spawn_traced(desktop, r'-> xdg_activation_v1[@#]\d+\.activate\("(.*)", ',
+                                         *command, desktop.site.origin + "/start")
         assert desktop.site.report() == desktop.site.origin + "/start"
         desktop.install_handler(["http"], " ".join(command) + " %u")
         yield desktop
@@ -87,7 +82,7 @@ def link(desktop):
 def expect_raised(desktop, token):
     assert desktop.site.report() == desktop.site.origin + PAGE
     # With tokens of its own, Firefox asks for more.
-    while desktop.tokens.raised.get(timeout=LIMIT) != token:
+    while desktop.raised.get(timeout=LIMIT) != token:
         pass
 
 
@@ -104,18 +99,9 @@ def test_a_token_of_either_name_reaches_the_browser(desktop, link, command, stat
             desktop.end_programs()
 
 
-def test_a_token_of_the_bus_reaches_the_browser(desktop, link):
-    desktop.listen()
-    for name in "activation_token", "desktop_startup_id":
-        desktop.open(link, **{name: "bus-" + name})
-        expect_raised(desktop, "bus-" + name)
-
-
 def test_the_compositors_token_comes_from_a_gtk_3_program(desktop, link):
     for _ in "cold", "warm":
-        tokens = Tokens()
-        client = desktop.spawn("/usr/bin/python3", "-B", HERE + "/follow.py", link,
-                               WAYLAND_DEBUG="1", streams={"stderr": tokens.pipe})
-        os.close(tokens.pipe)
+        client, given = spawn_traced(desktop, r' xdg_activation_token_v1[@#]\d+\.done\("(.*)"\)',
+                                     "gtk-launch", NAME, link)
         assert client.finish().status == 0
-        expect_raised(desktop, tokens.given.get(timeout=LIMIT))
+        expect_raised(desktop, given.get(timeout=LIMIT))
