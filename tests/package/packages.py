@@ -11,9 +11,9 @@ PACKAGES = os.environ.get("CONNECT_PACKAGES")
 NAME = "com.vastel.Connect"
 
 
-def package(pattern, folder=PACKAGES):
+def package(pattern):
     """The only package whose file name matches."""
-    found = glob.glob(f"{folder}/{pattern}")
+    found = glob.glob(f"{PACKAGES}/{pattern}")
     assert len(found) == 1, f"{pattern} is {found}"
     return found[0]
 
@@ -30,14 +30,3 @@ def output_of(*command, **environment):
     done = run(*command, **environment)
     assert (done.returncode, done.stderr) == (0, ""), done.stdout
     return done.stdout
-
-
-def changed_deb(folder, *changes):
-    """The Debian package again, with fields that are changed as `sed` says."""
-    tree, deb = folder / "changed", folder / "changed.deb"
-    output_of("dpkg-deb", "--raw-extract", package("vastel-connect_*.deb"), tree)
-    output_of("sed", "--in-place", *(f"--expression={change}" for change in changes),
-              tree / "DEBIAN/control")
-    output_of("dpkg-deb", "--root-owner-group", "--build", tree, deb)
-    output_of("rm", "--recursive", tree)
-    return deb

@@ -17,16 +17,16 @@ source "$1"
 printf '%s\n' "${COMPREPLY[@]}"
 """
 ZSH = """
-fpath=({completions} $fpath)
+fpath=($1 $fpath) offers=$2
 autoload -Uz compinit
 compinit -u -D
-compadd() {{
+compadd() {
   local -a offered
   builtin compadd -O offered "$@"
-  print -rl -- $offered >> {folder}/offered
+  print -rl -- $offered >> $offers
   builtin compadd "$@"
-}}
-offer() {{ _main_complete; exit }}
+}
+offer() { _main_complete; exit }
 zle -C offer list-choices offer
 bindkey '^I' offer
 """
@@ -48,18 +48,10 @@ def test_fish(switches, tmp_path):
 
 def test_zsh(switches, tmp_path):
     """zsh completes on a terminal only: the tabulator key makes it write down its offers."""
-    (tmp_path / "setup").write_text(
-        ZSH.format(completions=SHARE + "/zsh/site-functions", folder=tmp_path))
-    master, terminal = os.openpty()
-    with subprocess.Popen(
-            ["zsh", "-f", "-i"], stdin=terminal, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL, start_new_session=True,
-            env={"PATH": PATH, "HOME": str(tmp_path), "TERM": "dumb"}) as zsh:
-        os.close(terminal)
-        try:
-            os.write(master, f"source {tmp_path}/setup\nvastel-connect -\t".encode())
-            assert zsh.wait(LIMIT) == 0
-        finally:
-            zsh.kill()
-            os.close(master)
-    assert set((tmp_path / "offered").read_text().split()) == switches
+    setup, offers = tmp_path / "setup", tmp_path / "offers"
+    setup.write_text(ZSH)
+    keys = f"source {setup} {SHARE}/zsh/site-functions {offers}\nvastel-connect -\t"
+    subprocess.run(["script", "-qec", "zsh -f -i", "/dev/null"], input=keys, text=True, timeout=LIMIT,
+                   env={"PATH": PATH, "HOME": str(tmp_path), "TERM": "dumb"}, check=True,
+                   stdout=subprocess.DEVNULL)
+    assert set(offers.read_text().split()) == switches

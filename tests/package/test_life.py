@@ -2,7 +2,7 @@
 
 import re
 
-from packages import NAME, changed_deb, package
+from packages import NAME, output_of, package
 
 from model import page_link
 from processes import ROOT, wait_for_end
@@ -35,6 +35,15 @@ def end(tree, pid):
     wait_for_end(process)
 
 
+def next_deb(folder):
+    """The Debian package again, as that of the same release for the next release of Debian."""
+    folder /= "next"
+    output_of("dpkg-deb", "--raw-extract", package("vastel-connect_*.deb"), folder)
+    output_of("sed", "--in-place", r"/^Version:/s/\(+[a-z]*\)[0-9.]*$/\199/", folder / "DEBIAN/control")
+    output_of("dpkg-deb", "--root-owner-group", "--build", folder)
+    return f"{folder}.deb"
+
+
 def test_installs_upgrades_and_leaves(tree, tmp_path):
     before = tree.files()
     tree.install(package("vastel-connect_*.deb"))
@@ -51,7 +60,7 @@ def test_installs_upgrades_and_leaves(tree, tmp_path):
     assert tree.owner() == first
     tree.run("sh", "-c", (ROOT / "debian/tests/smoke").read_text(), agent=True)
 
-    tree.install(changed_deb(tmp_path, "s/^Version:.*/Version: 9/"))
+    tree.install(next_deb(tmp_path))
     expect_openers_work(tree)
     assert tree.owner() == first
     assert not tree.runs_installed(first)
@@ -73,14 +82,6 @@ def test_installs_upgrades_and_leaves(tree, tmp_path):
     after = tree.files()
     changed = {path for path in before.keys() | after.keys() if before.get(path) != after.get(path)}
     assert {path for path in changed if not MEMORIES.fullmatch(path)} == set()
-
-
-def test_a_package_for_another_system_is_refused(tree, tmp_path):
-    for change, words in (
-            ("s/^Architecture:.*/Architecture: s390x/", "vastel-connect:s390x"),
-            ("s/^Depends: /&libc6 (>= 9), /", r"Depends: libc6(:\S+)? \(>= 9\)")):
-        assert re.search(words, tree.install(changed_deb(tmp_path, change), status=100))
-        tree.run("dpkg-query", "--show", "vastel-connect", status=1)
 
 
 def test_the_archive_takes_links(tree):

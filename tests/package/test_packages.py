@@ -52,10 +52,10 @@ def content(pattern):
     return prefix, tarfile.open(fileobj=io.BytesIO(done.stdout))
 
 
-def query(*arguments, database="/nowhere"):
+def query(question):
     """Asks the RPM. The system has no database of its own."""
-    return output_of("rpm", "--dbpath", database, "--query", "--package",
-                     package("vastel-connect-*.rpm"), *arguments)
+    return output_of("rpm", "--dbpath", "/nowhere", "--query", "--package",
+                     package("vastel-connect-*.rpm"), question)
 
 
 @FORMS
@@ -144,11 +144,7 @@ def test_the_rpm_installs_into_a_folder_and_leaves_it(tmp_path):
     # Debian 12's would rather not; later ones know no such option.
     if run(*rpm, "--force-debian", "--version").returncode == 0:
         rpm.append("--force-debian")
-    file = package("vastel-connect-*.rpm")
-    # Nothing of it comes to a system that lacks what it wants.
-    assert "libsystemd.so.0" in run(*rpm, "--install", file).stderr
-    assert not (tmp_path / "usr").exists()
-    output_of(*rpm, "--nodeps", "--install", file)
+    output_of(*rpm, "--nodeps", "--install", package("vastel-connect-*.rpm"))
     assert output_of(*rpm, "--verify", "--nodeps", "vastel-connect") == ""
     output_of(*rpm, "--erase", "vastel-connect")
     assert [names for _, _, names in os.walk(tmp_path / "usr") if names] == []

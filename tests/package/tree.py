@@ -3,6 +3,7 @@ followed. It is in memory, and gone with the test."""
 
 import contextlib
 import os
+import pathlib
 import re
 import subprocess
 import types
@@ -27,11 +28,11 @@ RUNTIME = f"/run/user/{AGENT}"
 HANDLER = f"""
 cd {HOME}
 mkdir -p .config .local/share/applications
-mkfifo --mode=666 pages end
+mkfifo --mode=666 pages
 cat > record << 'END'
 #!/bin/sh
 echo "$$ $*" > {HOME}/pages
-case $* in *#stay) read -r end < {HOME}/end ;; esac
+case $* in *#stay) exec sleep infinity ;; esac
 END
 chmod +x record
 printf '%s\\n' '[Desktop Entry]' Type=Application Name=Record 'Exec={HOME}/record %u' \\
@@ -77,8 +78,7 @@ class Tree(contextlib.ExitStack):
         self.run("sh", "-c", 'cat > "$1"', "-", name, input=content)
 
     def copy(self, file, name):
-        with open(file, "rb") as copied:
-            self.write(name, copied.read())
+        self.write(name, pathlib.Path(file).read_bytes())
 
     # Processes.
 
@@ -115,14 +115,13 @@ class Tree(contextlib.ExitStack):
 
     # Packages.
 
-    def install(self, package, status=0):
+    def install(self, package):
         """Installs the package of a file, and what it depends on."""
         self.copy(package, "/tmp/package.deb")
-        return self.apt("install", "--no-install-recommends", "/tmp/package.deb", status=status)
+        self.apt("install", "--no-install-recommends", "/tmp/package.deb")
 
-    def apt(self, action, *arguments, status=0):
-        return self.run("apt-get", "-q", action, "--yes", *arguments, status=status,
-                        DEBIAN_FRONTEND="noninteractive")
+    def apt(self, action, *arguments):
+        self.run("apt-get", "-q", action, "--yes", *arguments, DEBIAN_FRONTEND="noninteractive")
 
     def files(self):
         """All that is installed, by path: kind, mode, owner and content."""
