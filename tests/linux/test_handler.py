@@ -93,8 +93,8 @@ def test_choice(chosen, says):
     *(("beta", lists("config/gnome-mimeapps.list: default alpha, default beta"),
        {"XDG_CURRENT_DESKTOP": value}) for value in (None, "", ":")),
     ("beta", lists("cache beta"), {"XDG_CURRENT_DESKTOP": "GNOME:KDEX"}),
-    ("alpha-beta.x", lists("default alpha-beta.x") |
-     {"share1/applications/alpha-beta.x.desktop": entry()}, {}),
+    ("alpha-beta.desktop", lists("default alpha-beta.desktop") |
+     {"share1/applications/alpha-beta.desktop.desktop": entry()}, {}),
     # The longest list.
     ("alpha", {CHOICES: lists("default alpha")[CHOICES][:-1] + ";" * 16371}, {})])
 def test_choice_by_files_and_environment(chosen, files, environment):
