@@ -44,8 +44,6 @@ void expectDecodes(Make make, Rows<ReadBy<Make>> rows) {
     const JSON json = parsed(R"({"a":{"b":)" + value + R"(},"x":1})");
     EXPECT_TRUE(programWide(json) == expected);
     EXPECT_TRUE(given(json) == expected);
-    EXPECT_TRUE(make("a.b")(json) == expected);
-    EXPECT_FALSE(make("a.b", "/")(json));
     EXPECT_FALSE(make("A.b")(json));
   }
 }
