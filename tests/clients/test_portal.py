@@ -30,7 +30,7 @@ MimeType=x-scheme-handler/screenpop;
 
 @pytest.fixture
 def desktop(new_desktop):
-    need("Xvfb", "bwrap", PORTALS, PORTALS + "-gtk")
+    need("Xvfb", "bwrap", "xdotool", PORTALS, PORTALS + "-gtk")
     if subprocess.run(["bwrap", "--ro-bind", "/", "/", "true"], check=False).returncode != 0:
         pytest.skip("the system permits no sandbox")
     desktop = new_desktop(screen=True, NO_AT_BRIDGE="1", **session_variables("GNOME"))
