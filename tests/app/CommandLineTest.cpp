@@ -26,8 +26,7 @@ class CommandLine : public WithRecordingHost<testing::Test> {
     return names;
   }
 
-  /// What a start with these arguments, which are read first, prints, and "<end>" where it asks to
-  /// end.
+  /// What a start prints once it has read these arguments, and "<end>" where it asks to end.
   std::string start(std::vector<std::string> arguments) {
     host.reset();
     host.arguments = std::move(arguments);

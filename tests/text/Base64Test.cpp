@@ -20,6 +20,13 @@ TEST(DecodeBase64, AgreesWithThePlatformAndRefusesEveryDisputedFormOfPadding) {
   }
 }
 
+TEST(DecodeBase64, RefusesEachCharacterThatIsNotOfItsAlphabet) {
+  for (int c = 0; c < 256; ++c) {
+    const std::string text = std::string("AA") + static_cast<char>(c) + "A";
+    EXPECT_EQ(decodeBase64(text).has_value(), std::isalnum(c) != 0 || c == '+' || c == '/') << c;
+  }
+}
+
 TEST(DecodeBase64, GivesBackWhatWasEncoded) {
   std::mt19937 random(20181101);
   for (std::size_t size = 0; size < 300; ++size) {

@@ -51,7 +51,7 @@ TEST(DateFormatter, KnowsItsFieldsAndKeepsOtherTexts) {
       {"yyyyMMddHHmmssZ", "20180305130709+0000"},
       {"", ""},
       {"HH, mm.", "13, 07."},
-      {"HH' o''clock 'mm", "13 o'clock 07"},
+      {"HH' o''clock 'mm'min'", "13 o'clock 07min"},
       {"HH''mm", "13'07"},
       {"''''", "''"},
       {"'HH'", "HH"},

@@ -46,9 +46,8 @@ concept HasFunctions = requires {
 };
 static_assert(HasFunctions<Small> && !HasFunctions<Nothing>);
 
-enum class Bare { One };
 static_assert(RawRepresentable<Color> && RawRepresentable<Level>);
-static_assert(!RawRepresentable<Bare> && !RawRepresentable<int>);
+static_assert(!RawRepresentable<int>);
 
 }  // namespace
 }  // namespace Vastel_Connect
