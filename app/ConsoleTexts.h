@@ -25,7 +25,7 @@ extern const std::string_view UriApiText;
 
 /// A switch of the command line. Its flag says that it was given.
 struct Switch {
-  bool AppDelegate::*flag;
+  decltype(&AppDelegate::FlagLog) flag;
   /// Its names, without the sign before them, in lower case.
   std::vector<std::string_view> names;
   /// Prints its text, after which the program ends. Null for a switch that has none.

@@ -9,8 +9,8 @@ namespace {
 template <typename Integer>
 std::optional<Integer> exactFromReal(double real) {
   // The comparisons are false for NaN.
-  const bool inRange =
-      real >= static_cast<double>(std::numeric_limits<Integer>::min()) && real < kRangeEnd<Integer>;
+  const bool inRange = real >= static_cast<double>(std::numeric_limits<Integer>::min()) &&
+                       real < rangeEnd<Integer>();
   if (!inRange || std::trunc(real) != real) return std::nullopt;
   return static_cast<Integer>(real);
 }

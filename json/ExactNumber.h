@@ -11,9 +11,10 @@ namespace Vastel_Connect {
 /// One more than the largest value of an integer type. It always is a double, as the largest value
 /// itself may not be.
 template <typename Integer>
-inline constexpr double kRangeEnd = 2.0 *
-                                    static_cast<double>(std::numeric_limits<Integer>::max() / 2 +
-                                                        1);
+constexpr double rangeEnd() {
+  constexpr Integer kHalf = std::numeric_limits<Integer>::max() / 2 + 1;
+  return 2.0 * static_cast<double>(kHalf);
+}
 
 /// The number that `value` is, if the type holds exactly that number; else absent. JSON has one
 /// kind of number: 2 and 2.0 are the same. A boolean is no number. The types are std::int64_t,

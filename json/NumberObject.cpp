@@ -14,7 +14,7 @@ Target nearest(double real) {
   using Limits = std::numeric_limits<Target>;
   if (std::isnan(real)) return 0;
   if (real <= static_cast<double>(Limits::min())) return Limits::min();
-  if (real >= kRangeEnd<Target>) return Limits::max();
+  if (real >= rangeEnd<Target>()) return Limits::max();
   return static_cast<Target>(real);
 }
 

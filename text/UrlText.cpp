@@ -74,9 +74,11 @@ std::string urlText(std::string_view url) {
   text.reserve(url.size());
   for (std::size_t i = 0; i < url.size(); ++i) {
     const char c = url[i];
-    if (c == '[' && !(host && i == host->begin)) {
+    const bool beginsHost = host && i == host->begin;
+    const bool endsHost = host && i + 1 == host->end;
+    if (c == '[' && !beginsHost) {
       text += "%5B";
-    } else if (c == ']' && !(host && i + 1 == host->end)) {
+    } else if (c == ']' && !endsHost) {
       text += "%5D";
     } else if (c == '#' && isOpaque) {
       text += "%23";

@@ -79,8 +79,8 @@ std::string Answer::errorText() const {
   const sd_bus_error* error = sd_bus_message_get_error(message.get());
   if (error == nullptr) return "";
   std::string text = error->message != nullptr ? error->message : error->name;
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+  const auto isUnprintable = [](char c) { return c < ' ' || c > '~'; };
+  std::replace_if(text.begin(), text.end(), isUnprintable, '?');
   return text;
 }
 

@@ -111,7 +111,7 @@ Attempt handOverOnce(const std::vector<std::string>& links, const ActivationToke
     return Attempt::NobodyThere;
   }
   // The process itself is called, so that it is known which one to look for if it does not answer.
-  std::string owner = known.text();
+  const std::string owner = known.text();
   const bool isUnique = !owner.empty();
   std::optional<NameWatch> watch;
   if (!isUnique) watch.emplace();

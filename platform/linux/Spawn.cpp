@@ -97,7 +97,7 @@ std::optional<pid_t> spawnProgram(const std::string& program,
   argv.push_back(nullptr);
   const std::vector<std::string> variables = tokenVariables(token);
   std::vector<char*> environment = pointers(variables);
-  for (char** variable = environ; *variable != nullptr; ++variable) {
+  for (char* const* variable = environ; *variable != nullptr; ++variable) {
     environment.push_back(*variable);
   }
   environment.push_back(nullptr);

@@ -2,6 +2,7 @@
 // compiler.
 #include "json/mapping/Glossy.h"
 
+#include <concepts>
 #include <string>
 
 #include "json/mapping/Decoder.h"
@@ -37,14 +38,11 @@ static_assert(!Decodable<ReadsByMember> && !Encodable<ReadsByMember>);
 static_assert(!Decodable<int> && !Encodable<std::string> && !Glossy<JSON>);
 
 // Whoever uses another type is told at the call.
-template <typename T>
-concept HasFunctions = requires {
-  Decoder::decodeRecord<T>("");
-}
-|| requires {
-  Encoder::encodeRecord<T>("");
-};
-static_assert(HasFunctions<Small> && !HasFunctions<Nothing>);
+constexpr auto read = []<typename T>(T*) -> decltype(Decoder::decodeRecord<T>("")) { return {}; };
+constexpr auto write = []<typename T>(T*) -> decltype(Encoder::encodeRecord<T>("")) { return {}; };
+static_assert(std::invocable<decltype(read), Small*> && std::invocable<decltype(write), Small*>);
+static_assert(!std::invocable<decltype(read), Nothing*>);
+static_assert(!std::invocable<decltype(write), Nothing*>);
 
 static_assert(RawRepresentable<Color> && RawRepresentable<Level>);
 static_assert(!RawRepresentable<int>);
