@@ -15,7 +15,7 @@ from model import page_link
 from processes import log_message, messages_of
 from road import LINK, PAGE, TEXTS, bulky_link, expect_texts_unchanged
 
-COUNT = 200 if CLIENTS else 50
+COUNT = 50
 # The openers, and a program that ends as soon as the link is launched.
 COMMANDS = OPENERS | {"GIO": (["/usr/bin/python3", "-c", """import os, sys
 from gi.repository import Gio
