@@ -39,4 +39,21 @@ namespace Vastel_Connect {
   return result;
 }
 
+/// `text` with each byte that is no letter or digit of ASCII, and not in `plain`, as `sign` and two
+/// hexadecimal digits in lower case.
+[[nodiscard]] inline std::string escapeBytes(std::string_view text, std::string_view plain,
+                                             std::string_view sign) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string escaped;
+  for (const char c : text) {
+    if (isAsciiAlphanumeric(c) || plain.find(c) != plain.npos) {
+      escaped += c;
+    } else {
+      const auto byte = static_cast<unsigned char>(c);
+      escaped.append(sign) += {kDigits[byte / 16], kDigits[byte % 16]};
+    }
+  }
+  return escaped;
+}
+
 }  // namespace Vastel_Connect

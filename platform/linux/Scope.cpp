@@ -1,35 +1,14 @@
 #include "platform/linux/Scope.h"
 
 #include <cstdint>
-#include <cstdio>
 
 #include "platform/linux/Host.h"
 #include "text/Ascii.h"
 
 namespace Vastel_Connect {
-namespace {
-
-std::string escapeForUnitName(const std::string& text) {
-  std::string escaped;
-  for (const char c : text) {
-    const bool plain = isAsciiAlphanumeric(c) || c == '_' || c == '.' || c == ':';
-    if (plain) {
-      escaped += c;
-    } else {
-      char code[5];
-      std::snprintf(code, sizeof code, "\\x%02x",
-                    static_cast<unsigned>(static_cast<unsigned char>(c)));
-      escaped += code;
-    }
-  }
-  return escaped;
-}
-
-}  // namespace
-
 std::string scopeName(pid_t child, const std::string& application) {
-  return "app-vastel\\x2dconnect-" + escapeForUnitName(application) + "-" + std::to_string(child) +
-         ".scope";
+  return "app-vastel\\x2dconnect-" + escapeBytes(application, "_.:", "\\x") + "-" +
+         std::to_string(child) + ".scope";
 }
 
 void startScope(pid_t child, const std::string& application) {

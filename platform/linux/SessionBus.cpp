@@ -117,28 +117,13 @@ const sd_bus_vtable kApplicationTable[] = {
     SD_BUS_VTABLE_END,
 };
 
-/// How the address of the session bus has the path of its socket.
-std::string escapeForAddress(const std::string& path) {
-  std::string escaped;
-  for (const char c : path) {
-    if (isAsciiLetter(c) || isAsciiDigit(c) || std::strchr("-_/.*", c) != nullptr) {
-      escaped += c;
-    } else {
-      char code[4];
-      std::snprintf(code, sizeof code, "%%%02x",
-                    static_cast<unsigned>(static_cast<unsigned char>(c)));
-      escaped += code;
-    }
-  }
-  return escaped;
-}
-
 /// The address of the session bus; empty where there is none.
 std::string busAddress() {
   const std::string runtimeFolder = environmentText("XDG_RUNTIME_DIR");
-  return environmentText(
-      "DBUS_SESSION_BUS_ADDRESS",
-      runtimeFolder.empty() ? "" : "unix:path=" + escapeForAddress(runtimeFolder) + "/bus");
+  return environmentText("DBUS_SESSION_BUS_ADDRESS",
+                         runtimeFolder.empty()
+                             ? ""
+                             : "unix:path=" + escapeBytes(runtimeFolder, "-_/.*", "%") + "/bus");
 }
 
 // The flags of RequestName, and its answer, as the bus documents them.
