@@ -84,6 +84,15 @@ def test_installs_upgrades_and_leaves(tree, tmp_path):
     assert {path for path in changed if not MEMORIES.fullmatch(path)} == set()
 
 
+def test_one_repository_holds_the_builds_for_two_releases(tmp_path):
+    debs = {"own": package("vastel-connect_*.deb"), "next": next_deb(tmp_path)}
+    (tmp_path / "conf").mkdir()
+    (tmp_path / "conf/distributions").write_text("".join(
+        f"Codename: {suite}\nComponents: main\nArchitectures: amd64 arm64 i386\n\n" for suite in debs))
+    for suite, deb in debs.items():
+        output_of("reprepro", "--silent", "--basedir", tmp_path, "includedeb", suite, deb)
+
+
 def test_the_archive_takes_links(tree):
     """After the commands that docs/deploy.md gives."""
     # As Debian's installer leaves it.
