@@ -22,9 +22,11 @@ LIMIT = int(os.environ.get("CONNECT_LIMIT", "60"))
 # The command of a screen that nobody sees. It writes its number.
 SCREEN = ["Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset", "-screen", "0", "1024x768x24"]
 
-# Under nohup, the programs would ignore this signal as well, and so not end by it.
-if signal.getsignal(signal.SIGHUP) == signal.SIG_IGN:
-    signal.signal(signal.SIGHUP, lambda *_: None)
+END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+# Under nohup, or behind a script's "&", the programs would ignore one as well, and so not end by it.
+for number in END_SIGNALS:
+    if signal.getsignal(number) == signal.SIG_IGN:
+        signal.signal(number, lambda *_: None)
 
 
 class Result(NamedTuple):
@@ -34,7 +36,6 @@ class Result(NamedTuple):
     status: int
 
 
-END_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 # A process that had nothing to say and did what it should.
 SILENCE = Result("", "", 0)
 
