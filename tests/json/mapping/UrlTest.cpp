@@ -20,7 +20,7 @@ TEST(PercentEncodedForQuery, EncodesEveryByteThatMayNotStandInAQuery) {
   EXPECT_EQ(percentEncodedForQuery(kept), kept);
   EXPECT_EQ(percentEncodedForQuery(" \"#%<>[\\]^`{|}"),
             "%20%22%23%25%3C%3E%5B%5C%5D%5E%60%7B%7C%7D");
-  EXPECT_EQ(percentEncodedForQuery(std::string("\0\n\x7F", 3)), "%00%0A%7F");
+  EXPECT_EQ(percentEncodedForQuery(std::string("\0\t\n\x7F", 4)), "%00%09%0A%7F");
   EXPECT_EQ(percentEncodedForQuery("\xC3\xA9 \xF0\x9F\x93\x9E"), "%C3%A9%20%F0%9F%93%9E");
   EXPECT_EQ(percentEncodedForQuery("a\x80"), std::nullopt);
 }
