@@ -6,6 +6,7 @@ import os
 import re
 import subprocess
 import tarfile
+import tempfile
 
 import pytest
 
@@ -53,9 +54,10 @@ def content(pattern):
 
 
 def query(question):
-    """Asks the RPM. The system has no database of its own."""
-    return output_of("rpm", "--dbpath", "/nowhere", "--query", "--package",
-                     package("vastel-connect-*.rpm"), question)
+    """Asks the RPM, with an empty database, which rpm makes where there is none."""
+    with tempfile.TemporaryDirectory() as database:
+        return output_of("rpm", "--dbpath", database, "--query", "--package",
+                         package("vastel-connect-*.rpm"), question)
 
 
 @FORMS
