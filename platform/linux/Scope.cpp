@@ -6,6 +6,7 @@
 #include "text/Ascii.h"
 
 namespace Vastel_Connect {
+
 std::string scopeName(pid_t child, const std::string& application) {
   return "app-vastel\\x2dconnect-" + escapeBytes(application, "_.:", "\\x") + "-" +
          std::to_string(child) + ".scope";
