@@ -12,6 +12,7 @@
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
+  Vastel_Connect::enterHome();
   Vastel_Connect::letKernelReapChildren();
   std::string page;
   while (std::getline(std::cin, page)) {

@@ -113,6 +113,7 @@ int liveForLinks(AppDelegate& delegate, bool startedByBus) {
 
 /// The application's life. `token` belongs to the links among the arguments.
 int runApplication(const LaunchArguments& arguments, const ActivationToken& token) {
+  enterHome();
   catchEndingSignals();
   AppDelegate delegate;
   host().delegate = &delegate;

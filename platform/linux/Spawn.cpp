@@ -32,13 +32,6 @@ std::vector<std::string> tokenVariables(const ActivationToken& token) {
   return variables;
 }
 
-/// The user's home, where desktops start programs; "/" where it cannot be entered.
-std::string startFolder() {
-  const std::string home = environmentText("HOME");
-  const bool isEntered = home.starts_with('/') && ::access((home + "/").c_str(), X_OK) == 0;
-  return isEntered ? home : "/";
-}
-
 /// The limits of cores: as they were, and while none is to be left.
 rlimit foundCoreLimit = {};
 rlimit ownCoreLimit = {};
@@ -52,6 +45,14 @@ class FoundCoreLimit {
   FoundCoreLimit& operator=(const FoundCoreLimit&) = delete;
 };
 
+/// Whether this process' session has a terminal, which may hang up, or be read by what is started.
+bool hasTerminal() {
+  const int terminal = ::open("/dev/tty", O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (terminal < 0) return false;
+  ::close(terminal);
+  return true;
+}
+
 /// The attributes and file actions of a program that lives on by itself.
 class Detached {
  public:
@@ -64,14 +65,14 @@ class Detached {
     posix_spawnattr_init(&attributes_);
     posix_spawnattr_setsigmask(&attributes_, &none);
     posix_spawnattr_setsigdefault(&attributes_, &all);
-    posix_spawnattr_setflags(&attributes_,
-                             POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
+    // To make a session costs more than all else here.
+    const short apart = hasTerminal() ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
+    posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | apart);
     posix_spawn_file_actions_init(&actions_);
     posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDWR, 0);
     posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDERR_FILENO);
     posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
-    posix_spawn_file_actions_addchdir_np(&actions_, startFolder().c_str());
   }
   ~Detached() {
     posix_spawn_file_actions_destroy(&actions_);
@@ -102,13 +103,20 @@ std::optional<pid_t> spawnProgram(const std::string& program,
   }
   environment.push_back(nullptr);
 
-  const Detached detached;
+  static const Detached kDetached;
   const FoundCoreLimit cores;
   pid_t child = 0;
-  const int error = ::posix_spawn(&child, program.c_str(), detached.actions(),
-                                  detached.attributes(), argv.data(), environment.data());
+  const int error = ::posix_spawn(&child, program.c_str(), kDetached.actions(),
+                                  kDetached.attributes(), argv.data(), environment.data());
   if (error != 0) return std::nullopt;
   return child;
+}
+
+void enterHome() {
+  const std::string home = environmentText("HOME");
+  for (const char* folder : {home.c_str(), "/"}) {
+    if (*folder == '/' && ::chdir(folder) == 0) return;
+  }
 }
 
 void leaveNoCore() {

@@ -18,6 +18,7 @@ target, program, *arguments = sys.argv[1:]
 # The one with which the folder itself is read is closed by the time it is looked at.
 descriptors = [each for each in map(int, os.listdir("/proc/self/fd")) if is_open(each)]
 report = {"program": program, "arguments": arguments, "environment": dict(os.environ),
-          "descriptors": sorted(descriptors), "pid": os.getpid(), "folder": os.getcwd()}
+          "descriptors": sorted(descriptors), "pid": os.getpid(), "group": os.getpgrp(),
+          "session": os.getsid(0), "folder": os.getcwd()}
 with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as reports:
     reports.sendto(json.dumps(report).encode(), target)

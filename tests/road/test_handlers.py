@@ -148,6 +148,7 @@ def test_a_handler_starts_clean_of_us_and_of_who_started_us(desktop):
         assert page.descriptors == [0, 1, 2]
         assert not {*STARTER_VARIABLES} & {*page.environment}
         assert page.folder == page.environment["HOME"]
+        assert page.group == page.pid
 
     desktop.set_service_environment(**STARTER_VARIABLES)
     for _ in ("launch link", "later link"):
@@ -155,6 +156,15 @@ def test_a_handler_starts_clean_of_us_and_of_who_started_us(desktop):
     with open("/dev/null", encoding="ascii") as inherited:
         desktop.listen(streams={"pass_fds": [inherited.fileno()]}, **STARTER_VARIABLES)
     expect_clean_start()
+
+
+def test_a_handler_leaves_the_terminal(desktop):
+    for each in (terminals := os.openpty()):
+        desktop.callback(os.close, each)
+    desktop.listen(command=("setsid", "--ctty", PROGRAM), streams={"stdin": terminals[1]})
+    desktop.open(LINK)
+    page = desktop.page()
+    assert page.session == page.pid
 
 
 def test_a_handler_gets_a_scope_of_its_own(desktop):
