@@ -96,6 +96,8 @@ def test_choice(chosen, says):
      {"XDG_CURRENT_DESKTOP": "GNOME:KDEX"}),
     ("alpha-beta.desktop", lists("default alpha-beta.desktop") |
      {"share1/applications/alpha-beta.desktop.desktop": entry()}, {}),
+    # No entry is looked for where the choices are.
+    ("alpha", lists("default alpha") | {"config/alpha.desktop": entry("two %u")}, {}),
     # The longest list.
     ("alpha", {CHOICES: lists("default alpha")[CHOICES][:-1] + ";" * 16371}, {})])
 def test_choice_by_files_and_environment(chosen, files, environment):
@@ -114,8 +116,9 @@ def test_choice_by_files_and_environment(chosen, files, environment):
     lists("default ../applications/alpha"),
     lists("default sub-alpha") | {"share1/applications/sub/alpha.desktop": entry()},
     # A folder "sub" could hold an "alpha.desktop": which of both is meant depends on the reader.
-    *({"share1/applications/sub--alpha.desktop": entry(), f"share1/applications/{folder}/file": ""}
-      | lists("default sub--alpha") for folder in ("sub", "sub-"))])
+    *({"share1/applications/sub--alpha.desktop": entry(), f"share1/applications/{folder}/file": "",
+       "config/sub--alpha.desktop": entry()} | lists("default sub--alpha")
+      for folder in ("sub", "sub-"))])
 def test_odd_lists_are_not_plain(files):
     expect_not_plain(ENTRIES | lists("etc1/mimeapps.list: default beta") | files)
 

@@ -94,6 +94,7 @@ def test_one_failing_allocation_of_a_sender_misleads_nobody(desktop):
         fewest = 1 if result.status == 0 else 0
         most = 0 if "refused" in result.errors else 1
         assert fewest <= found[page] <= most, (page, result)
+    assert ("", "vastel-connect: out of memory\n", 1) in results.values()
 
 
 def test_a_link_is_only_logged_without_descriptors(desktop):
@@ -205,7 +206,7 @@ def test_a_link_that_cannot_be_answered_is_not_opened(desktop):
 
 
 def test_whoever_waits_for_a_busy_program_is_told_once(desktop):
-    listener = desktop.listen()
+    listener = desktop.listen(**fails("ppoll"))
     listener.send(signal.SIGSTOP)
     follower = desktop.start(LINK, **fails("ppoll"))
     said = follower.errors.next()
@@ -214,3 +215,5 @@ def test_whoever_waits_for_a_busy_program_is_told_once(desktop):
     listener.send(signal.SIGCONT)
     assert follower.finish() == SILENCE
     assert desktop.opened() == PAGE
+    # Whoever waits for links is told nothing.
+    assert {*listener.end().errors.splitlines()} <= {BUS_BUSY}

@@ -195,17 +195,21 @@ def test_a_slow_reader_has_one_second_for_all_lines(desktop):
     assert desktop.opened_all(40) == [PAGE] * 40
 
 
-def test_a_stuck_reader_of_complaints_does_not_keep_the_program_from_ending(new_desktop):
-    desktop = new_desktop(bus=False)
+@pytest.mark.parametrize("bus", [True, False])
+def test_a_stuck_reader_of_complaints_does_not_keep_the_program_from_ending(new_desktop, bus):
+    desktop = new_desktop(bus=bus)
     reader, writer = os.pipe()
     for each in (reader, writer):
         desktop.callback(os.close, each)
     os.set_blocking(writer, False)
     os.write(writer, b"x" * (1 << 20))
     os.set_blocking(writer, True)
-    process = desktop.start(streams={"stderr": writer})
-    process.banner()
-    process.send(signal.SIGTERM)
+    process = (desktop.listen if bus else desktop.start)(streams={"stderr": writer})
+    if bus:
+        desktop.kill_bus()
+    else:
+        process.banner()
+        process.send(signal.SIGTERM)
     assert process.wait() in (0, 1)
 
 
