@@ -71,6 +71,7 @@ def expect_not_plain(files, environment=None, **more):
     ("beta", "default missing;beta;, etc1/mimeapps.list: default alpha"),
     ("beta", "default missing, default beta"),
     ("beta", "removed alpha, cache alpha;beta;"),
+    ("beta", "config/mimeinfo.cache: cache alpha, cache beta"),
     ("alpha", "config/made-mimeapps.list: removed alpha, cache alpha;beta;")])
 def test_choice(chosen, says):
     expect_plain(chosen, ENTRIES | lists(says))
@@ -164,7 +165,7 @@ def test_the_program_is_the_first_of_an_absolute_folder(path, found):
     ("HOME", None), ("HOME", "home"), ("XDG_CONFIG_HOME", "config"), ("XDG_DATA_HOME", "data"),
     ("XDG_CONFIG_DIRS", "@/none:etc1"), ("XDG_DATA_DIRS", "@/share2:share1"), ("SNAP", "/snap/x"),
     ("GTK_USE_PORTAL", "1"), ("XDG_CURRENT_DESKTOP", "../config/made"),
-    ("XDG_CURRENT_DESKTOP", "Made:a b"), ("XDG_CURRENT_DESKTOP", "Other:kDe")])
+    ("XDG_CURRENT_DESKTOP", "Made:a\tb"), ("XDG_CURRENT_DESKTOP", "Other:kDe")])
 def test_an_odd_environment_is_not_plain(name, value):
     expect_not_plain(choose(entry()), {name: value})
 
