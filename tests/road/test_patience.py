@@ -19,14 +19,18 @@ from road import BUS_BUSY, BUSY, LINK, PAGE, bulky_link
 # The bus.
 
 
-def test_whoever_waits_for_the_bus_is_told_and_may_end_it(new_desktop):
+@pytest.fixture
+def silent(new_desktop):
+    """A desktop whose bus lets everybody in, and says nothing."""
     desktop = new_desktop(bus=False)
-    # It lets everybody in, and says nothing.
-    bus = desktop.enter_context(socket.socket(socket.AF_UNIX))
-    bus.bind(desktop.folder + "/silent")
-    bus.listen()
-    address = f"unix:path={desktop.folder}/silent"
-    starts = {arguments: desktop.start(*arguments, DBUS_SESSION_BUS_ADDRESS=address)
+    desktop.silent_bus = desktop.enter_context(socket.socket(socket.AF_UNIX))
+    desktop.silent_bus.bind(desktop.folder + "/runtime/bus")
+    desktop.silent_bus.listen()
+    return desktop
+
+
+def test_whoever_waits_for_the_bus_is_told_and_may_end_it(silent):
+    starts = {arguments: silent.start(*arguments)
               for arguments in ((), ("--dbus-service",), (LINK,))}
     for process in starts.values():
         assert process.errors.next() == BUS_BUSY
@@ -35,6 +39,15 @@ def test_whoever_waits_for_the_bus_is_told_and_may_end_it(new_desktop):
         output = golden("banner") if LINK not in arguments else ""
         status = 0 if LINK not in arguments else -signal.SIGINT
         assert process.finish() == (output, "", status)
+
+
+def test_a_bus_is_waited_for_as_long_as_its_library_does(silent):
+    process = silent.start(SYSTEMD_BUS_TIMEOUT="0.1s")
+    connection, _ = silent.silent_bus.accept()
+    silent.callback(connection.close)
+    connection.sendall(b"DATA\r\nOK " + b"1" * 32 + b"\r\n")
+    assert process.finish() == (
+        golden("banner"), "vastel-connect: no link can arrive: Connection terminated\n", 1)
 
 
 def test_a_bus_that_stops_keeps_no_program_from_ending(desktop, listener):
