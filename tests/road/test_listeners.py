@@ -12,6 +12,7 @@ from road import FATAL, LINK, PAGE, pages
 
 DO_NOT_QUEUE = 4
 ERROR = "org.freedesktop.DBus.Error."
+TAKEN = f"vastel-connect: {NAME} belongs to another program: links arrive when it ends"
 
 
 def test_the_newest_start_takes_the_links_and_gives_them_back(desktop):
@@ -60,8 +61,7 @@ def test_a_program_that_took_the_name_first_keeps_it_from_a_start_and_is_named(d
     assert desktop.ask_bus("RequestName", NAME, DO_NOT_QUEUE) == 1
     process = desktop.start("-log")
     process.banner()
-    assert process.errors.next() == (
-        f"vastel-connect: {NAME} belongs to another program: links arrive when it ends")
+    assert process.errors.next() == TAKEN
     output, errors, status = desktop.run(LINK)
     assert errors.startswith("vastel-connect: the link was refused: ") and errors.count("\n") == 1
     assert (output, status) == ("", 1)
@@ -71,19 +71,25 @@ def test_a_program_that_took_the_name_first_keeps_it_from_a_start_and_is_named(d
     assert process.end() == SILENCE
 
 
-def refuse_open(desktop, error, on_call):
-    """Takes the name for this process, which answers each Open with an error of this name after
-    `on_call`. The result takes the object away again."""
-    def answer(*arguments):
-        on_call()
-        arguments[-1].return_dbus_error(error, "as the\x1b[2J\ntest has \x85it\x7f")
-
+def take_name(desktop, on_open):
+    """Takes the name for this process, which answers the calls of Open by `on_open`. The result takes
+    the object away again."""
     interface = Gio.DBusNodeInfo.new_for_xml(f"""<node><interface name="{INTERFACE}">
         <method name="Open"><arg type="as" direction="in"/><arg type="a{{sv}}" direction="in"/>
         </method></interface></node>""").interfaces[0]
-    number = desktop.bus.register_object(OBJECT, interface, answer, None, None)
+    number = desktop.bus.register_object(
+        OBJECT, interface, lambda *arguments: on_open(arguments[-1]), None, None)
     assert desktop.ask_bus("RequestName", NAME, DO_NOT_QUEUE) == 1
     return lambda: desktop.bus.unregister_object(number)
+
+
+def refuse_open(desktop, error, on_call):
+    """Takes the name, and answers each Open with an error of this name after `on_call`."""
+    def answer(call):
+        on_call()
+        call.return_dbus_error(error, "as the\x1b[2J\ntest has \x85it\x7f")
+
+    return take_name(desktop, answer)
 
 
 def follow_where_open_is_refused(desktop, error):
@@ -106,6 +112,25 @@ def test_an_owner_that_never_takes_a_link_is_not_asked_for_ever(desktop, error, 
     follower = desktop.start(LINK)
     desktop.wait_until(lambda: len(calls) == count)
     assert follower.finish() == ("", f"vastel-connect: {said}\n", 1)
+
+
+def test_a_link_is_followed_again_where_another_program_than_was_asked_has_the_name(new_desktop):
+    desktop = new_desktop(bus=False)
+    desktop.install_service(NAME, desktop.install_reporter("bin/service"))
+    desktop.start_bus()
+    follower = desktop.start(LINK)
+    # The one that is started takes no name, so that the call waits for whoever does.
+    desktop.page()
+    calls = []
+    take_name(desktop, calls.append)
+    listener = desktop.start("-log")
+    listener.banner()
+    assert listener.errors.next() == TAKEN
+    desktop.wait_until(lambda: calls)
+    desktop.bus.close_sync()
+    assert follower.finish() == SILENCE
+    listener.expect_log(LINK)
+    assert desktop.opened() == PAGE
 
 
 def test_an_error_that_says_nobody_is_there_makes_the_application_of_a_link(new_desktop):
