@@ -203,7 +203,7 @@ def test_without_a_bus_launch_links_are_opened_and_no_other_can_arrive(new_deskt
     assert desktop.run("-log") == (golden("banner"), NO_BUS, 1)
     assert desktop.run("-log", *map(page_link, pages(2)), "-jsonlog") == (golden("banner"), "", 0)
     assert desktop.opened_all(2) == pages(2)
-    # One of which nothing shows the page.
+    # One of which nothing shows the page, and one without a page.
     desktop.install_handler(command="/nowhere %u")
-    assert desktop.run(LINK, PATH="/nowhere") == (
+    assert desktop.run(LINK, "screenpop:", PATH="/nowhere") == (
         golden("banner"), "vastel-connect: a page was not opened\n", 1)
