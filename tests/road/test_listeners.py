@@ -87,7 +87,7 @@ def refuse_open(desktop, error, on_call):
     """Takes the name, and answers each Open with an error of this name after `on_call`."""
     def answer(call):
         on_call()
-        call.return_dbus_error(error, "as the\x1b[2J\ntest has \x85it\x7f")
+        call.return_dbus_error(error, "as the\x1b[2J\ntest has \x85it\x7f" + "x" * 500)
 
     return take_name(desktop, answer)
 
@@ -146,11 +146,12 @@ def test_an_error_that_says_nobody_is_there_makes_the_application_of_a_link(new_
 
 def test_any_other_error_refuses_a_link(new_desktop):
     desktop = new_desktop(service=None)
+    said = ("the link was refused: as the?[2J?test has ??it?" + "x" * 500)[:480]
     for error in (ERROR + "Failed", ERROR + "Spawn", ERROR + "AccessDenied",
                   ERROR + "LimitsExceeded", "org.freedesktop.systemd",
                   "x.org.freedesktop.systemd1.LoadFailed"):
         assert follow_where_open_is_refused(desktop, error).finish() == (
-            "", "vastel-connect: the link was refused: as the?[2J?test has ??it?\n", 1)
+            "", f"vastel-connect: {said}\n", 1)
 
 
 # The link that ends the program.
