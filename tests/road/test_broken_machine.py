@@ -129,6 +129,10 @@ def test_a_clock_that_is_set_is_the_clock_of_both_forms_of_the_log(new_desktop):
 def test_a_link_is_answered_before_it_is_carried_out_however_slow_the_bus_is(desktop):
     listener = desktop.listen("-log", LD_PRELOAD=FAULTS, FAULTS_SLOW_BUS="1")
     desktop.expect_link(listener)
+    # Nobody reads its log lines yet.
+    desktop.open(bulky_link(100_000))
+    listener.expect_log(bulky_link(100_000))
+    assert desktop.opened() == PAGE
     desktop.open(FATAL)
     assert listener.finish().status == 70
 
