@@ -79,8 +79,9 @@ def test_a_call_of_a_wrong_form_is_an_error_and_harms_nothing(desktop, listener)
                  ("Activate", None),
                  ("Activate", GLib.Variant("(s)", ("",))),
                  ("ActivateAction", GLib.Variant("(s)", ("quit",)))]]
-    wrong += [("org.freedesktop.DBus.Error.UnknownMethod", OBJECT, INTERFACE, method, OPEN)
-              for method in ("Close", "open")]
+    wrong += [("org.freedesktop.DBus.Error.UnknownMethod", OBJECT, INTERFACE, method, parameters)
+              for method in ("Close", "open")
+              for parameters in (OPEN, GLib.Variant("(as)", ([LINK],)))]
     # Errors, whatever their names.
     wrong += [
         (None, "/", INTERFACE, "Open", OPEN),
