@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +39,22 @@ TEST(SpawnProgram, GivesItNoStreamOfOurs) {
   EXPECT_EQ(outputOf("readlink /proc/$$/fd/0 /proc/$$/fd/2"), "/dev/null\n/dev/null\n");
   ::dup2(input, STDIN_FILENO);
   for (const int descriptor : {input, ours[0], ours[1]}) ::close(descriptor);
+}
+
+TEST(SpawnProgram, GivesItNoStreamOfOursWhereNoDescriptorIsLeft) {
+  const PrivateFolder folder;
+  rlimit found{};
+  ::getrlimit(RLIMIT_NOFILE, &found);
+  const int last = ::dup(STDIN_FILENO);
+  const rlimit none = {.rlim_cur = static_cast<rlim_t>(last) + 1, .rlim_max = found.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  // A copy of the link that stands for its stream.
+  const auto child =
+      spawnProgram("/bin/cp", {"cp", "-P", "/proc/self/fd/2", folder.path("stream")}, {});
+  ::setrlimit(RLIMIT_NOFILE, &found);
+  ::close(last);
+  EXPECT_EQ(::waitpid(child.value_or(-1), nullptr, 0), child);
+  EXPECT_EQ(std::filesystem::read_symlink(folder.path("stream")), "/dev/null");
 }
 
 TEST(SpawnProgram, GivesItAllSignalsWithTheirDefaults) {

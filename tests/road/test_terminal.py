@@ -56,7 +56,7 @@ def test_a_link_with_a_printing_switch_is_opened_before_the_text(new_desktop, bu
 
 
 @pytest.mark.parametrize("redirections, nulls", [
-    (">&-", 3), ("<&- >&- 2>&-", 4), (">/dev/full", 2), ("", 2)],
+    (">&-", 4), ("<&- >&- 2>&-", 5), (">/dev/full", 3), ("", 3)],
     ids=["no output", "no streams", "full", "no reader"])
 def test_an_output_that_takes_nothing_harms_nothing(desktop, redirections, nulls):
     reader, output = os.pipe()
@@ -69,7 +69,8 @@ def test_an_output_that_takes_nothing_harms_nothing(desktop, redirections, nulls
     desktop.open(LINK, LINK)
     desktop.open(LINK)
     assert desktop.opened_all(3) == [PAGE] * 3
-    # Standard input, what was closed, and what takes the place of a reader that is stuck.
+    # Standard input, what was closed, what takes the place of a reader that is stuck, and what
+    # handlers have for streams.
     files = [os.readlink(f"/proc/{process.pid}/fd/{number}") for number in process.descriptors()]
     assert files.count("/dev/null") == nulls
     assert process.end() == SILENCE
