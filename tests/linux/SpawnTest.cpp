@@ -98,7 +98,7 @@ TEST(SpawnProgram, PassesALoneStartupIdOnByBothNamesOnWayland) {
                                              {"wayland-0", {}, "none none\n"},
                                              {"", lone, "none id\n"}}) {
     const ScopedEnvironment environment("WAYLAND_DISPLAY", display);
-    EXPECT_EQ(outputOf("echo ${XDG_ACTIVATION_TOKEN-none} ${DESKTOP_STARTUP_ID-none}", token),
+    EXPECT_EQ(outputOf("echo \"${XDG_ACTIVATION_TOKEN-none} ${DESKTOP_STARTUP_ID-none}\"", token),
               seen);
   }
 }
